@@ -1,0 +1,58 @@
+# Targets of this project: one library a folder, one test program a folder.
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+find_program(KZ_CCACHE ccache)
+if(KZ_CCACHE)
+    set(CMAKE_C_COMPILER_LAUNCHER "${KZ_CCACHE}")
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${KZ_CCACHE}")
+endif()
+
+# Flags that every target of ours gets; headers of others are system headers and stay silent.
+add_library(kz_flags INTERFACE)
+target_include_directories(kz_flags INTERFACE "${CMAKE_CURRENT_SOURCE_DIR}/src")
+target_compile_definitions(kz_flags INTERFACE _FILE_OFFSET_BITS=64)
+target_compile_options(kz_flags INTERFACE
+    # Durations are rounded by a rule in plain double arithmetic: a fused multiply-add changes them.
+    -ffp-contract=off
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+    $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast>
+    $<$<BOOL:${KZ_WERROR}>:-Werror>)
+if(KZ_SANITIZE)
+    target_compile_options(kz_flags INTERFACE
+        -fsanitize=${KZ_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(kz_flags INTERFACE -fsanitize=${KZ_SANITIZE})
+endif()
+
+# kz_library(NAME SOURCES file... USES target...)
+# A folder without sources yet becomes an interface target, so that others can name it.
+function(kz_library name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;USES" ${ARGN})
+    if(ARG_SOURCES)
+        add_library(${name} STATIC ${ARG_SOURCES})
+        target_link_libraries(${name} PUBLIC kz_flags ${ARG_USES})
+    else()
+        add_library(${name} INTERFACE)
+        target_link_libraries(${name} INTERFACE kz_flags ${ARG_USES})
+    endif()
+endfunction()
+
+# kz_test(NAME SOURCES file... USES target...)
+# Each TEST becomes a test of its own, found when the tests run.
+function(kz_test name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;USES" ${ARGN})
+    if(NOT ARG_SOURCES)
+        return()
+    endif()
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE kz_flags ${ARG_USES} test_support GTest::gmock GTest::gtest_main)
+    target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
+    target_compile_definitions(${name} PRIVATE
+        KZ_TEST_DATA_DIR="${PROJECT_SOURCE_DIR}/tests/data")
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+        PROPERTIES TIMEOUT 300)
+endfunction()
