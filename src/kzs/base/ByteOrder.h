@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+
+namespace torvo::kzs {
+
+/// Big-endian integers in memory: the only shifts of the program outside the two C libraries.
+///
+/// `p` points to at least as many bytes as the name says; no alignment is needed.
+
+constexpr std::uint16_t loadU16(const std::uint8_t* p) {
+    return static_cast<std::uint16_t>((p[0] << 8) | p[1]);
+}
+
+constexpr std::uint32_t loadU24(const std::uint8_t* p) {
+    return (std::uint32_t{p[0]} << 16) | (std::uint32_t{p[1]} << 8) | p[2];
+}
+
+constexpr std::uint32_t loadU32(const std::uint8_t* p) {
+    return (std::uint32_t{p[0]} << 24) | loadU24(p + 1);
+}
+
+constexpr std::uint64_t loadU64(const std::uint8_t* p) {
+    return (std::uint64_t{loadU32(p)} << 32) | loadU32(p + 4);
+}
+
+constexpr void storeU16(std::uint8_t* p, std::uint16_t value) {
+    p[0] = static_cast<std::uint8_t>(value >> 8);
+    p[1] = static_cast<std::uint8_t>(value);
+}
+
+/// Writes the low 24 bits.
+constexpr void storeU24(std::uint8_t* p, std::uint32_t value) {
+    p[0] = static_cast<std::uint8_t>(value >> 16);
+    p[1] = static_cast<std::uint8_t>(value >> 8);
+    p[2] = static_cast<std::uint8_t>(value);
+}
+
+constexpr void storeU32(std::uint8_t* p, std::uint32_t value) {
+    p[0] = static_cast<std::uint8_t>(value >> 24);
+    storeU24(p + 1, value);
+}
+
+constexpr void storeU64(std::uint8_t* p, std::uint64_t value) {
+    storeU32(p, static_cast<std::uint32_t>(value >> 32));
+    storeU32(p + 4, static_cast<std::uint32_t>(value));
+}
+
+/// The low 32 bits, where a wider value is cut on purpose.
+constexpr std::uint32_t low32(std::uint64_t value) { return static_cast<std::uint32_t>(value); }
+
+/// A four-character code: the first letter in the high byte, so that its big-endian bytes spell
+/// it. `code` has exactly four letters.
+constexpr std::uint32_t fourCc(const char (&code)[5]) {
+    return (std::uint32_t{static_cast<std::uint8_t>(code[0])} << 24) |
+           (std::uint32_t{static_cast<std::uint8_t>(code[1])} << 16) |
+           (std::uint32_t{static_cast<std::uint8_t>(code[2])} << 8) |
+           std::uint32_t{static_cast<std::uint8_t>(code[3])};
+}
+
+}  // namespace torvo::kzs
