@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include <boost/smart_ptr/shared_ptr.hpp>
+
+#include "kzspkgutil/model/KZSTrack.h"
+
+namespace torvo::kzspkgutil {
+
+/// What a source tells of the whole recording.
+struct MediaProperties {
+    bool isFragmented = false;
+    std::uint64_t duration = 0;  ///< in `timescale`
+    float rate = 1.0F;
+    float volume = 1.0F;
+    std::uint32_t timescale = 1000;  ///< ticks a second
+};
+
+/// Walks tracks in their order.
+class ITrackIterator {
+public:
+    virtual ~ITrackIterator() = default;
+
+    virtual bool hasNext() const = 0;
+    /// Only to be called while hasNext().
+    virtual boost::shared_ptr<KZSTrack> next() = 0;
+};
+
+/// Walks a copy of the list it is made on.
+class KZSTrackIterator final : public ITrackIterator {
+public:
+    explicit KZSTrackIterator(std::vector<boost::shared_ptr<KZSTrack>> tracks);
+
+    bool hasNext() const override;
+    boost::shared_ptr<KZSTrack> next() override;
+
+private:
+    std::vector<boost::shared_ptr<KZSTrack>> tracks_;
+    std::size_t position_ = 0;
+};
+
+/// The properties and tracks of a recording.
+class IMediaProperties {
+public:
+    virtual ~IMediaProperties() = default;
+
+    virtual MediaProperties getProperties() const = 0;
+    virtual boost::shared_ptr<ITrackIterator> getTracks() const = 0;
+};
+
+}  // namespace torvo::kzspkgutil

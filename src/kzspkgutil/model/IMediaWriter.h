@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "kzspkgutil/model/TCMessage.h"
+
+namespace torvo::kzspkgutil {
+
+/// The messages that wait for their fragment, in the order of their arrival.
+using MessageList = std::vector<TCMessage>;
+
+/// Where a fragment lies.
+struct FragmentPosition {
+    std::uint64_t offset = 0;  ///< file offset of its first box
+    std::uint64_t reserved = 0;
+};
+
+/// Writes messages as fragments.
+class IMediaWriter {
+public:
+    virtual ~IMediaWriter() = default;
+
+    /// Writes one fragment of the messages in front of the first one at or past `endTime`; those
+    /// behind stay in the list for the caller. `bootstrap` is only read during the call.
+    virtual FragmentPosition writeUpTo(const MessageList& messages, const Timestamp& endTime,
+                                       const std::uint8_t* bootstrap,
+                                       std::uint64_t bootstrapSize) = 0;
+    virtual void finishWriter() = 0;
+};
+
+}  // namespace torvo::kzspkgutil

@@ -1,0 +1,32 @@
+#include "kzspkgutil/model/TCMessage.h"
+
+#include <utility>
+
+#include "kzs/base/ByteOrder.h"
+
+namespace torvo::kzspkgutil {
+
+TCMessage::TCMessage(const Timestamp& sampleTime, const Timestamp& messageTime,
+                     std::uint32_t tagSize, BlockPtr block, std::uint8_t* sampleData,
+                     std::uint32_t sampleDataSize)
+    : Message(messageTime),
+      sampleTime_(sampleTime),
+      tagSize_(tagSize),
+      block_(std::move(block)),
+      sampleData_(sampleData),
+      sampleDataSize_(sampleDataSize) {
+    storeTagTime(block_->data(), messageTime.value);
+}
+
+void storeTagTime(std::uint8_t* tag, std::uint64_t milliseconds) {
+    kzs::storeU24(tag + 4, kzs::low32(milliseconds));
+    tag[7] = static_cast<std::uint8_t>(milliseconds >> 24);
+}
+
+void storeTagSizes(std::uint8_t* tag, std::uint32_t bodySize) {
+    kzs::storeU24(tag + 1, bodySize);
+    kzs::storeU24(tag + 8, 0);
+    kzs::storeU32(tag + kTagHeaderSize + bodySize, bodySize + kTagHeaderSize);
+}
+
+}  // namespace torvo::kzspkgutil
