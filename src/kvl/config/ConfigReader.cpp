@@ -1,0 +1,148 @@
+#include <algorithm>
+#include <array>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+
+#include <expat.h>
+
+#include "kvl/config/ConfigNode.h"
+
+namespace kvl::config {
+
+namespace {
+
+constexpr std::size_t kBlockSize = 1024;
+/// Nodes are freed recursively, so a hostile file must not choose the depth.
+constexpr std::size_t kMaxDepth = 256;
+
+struct ParserDeleter {
+    void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
+};
+using ParserPtr = std::unique_ptr<std::remove_pointer_t<XML_Parser>, ParserDeleter>;
+
+bool isWhiteSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+/// Builds the tree from the parser's events.
+class TreeBuilder {
+public:
+    explicit TreeBuilder(ConfigNode& root) : root_(root) {}
+
+    void startElement(const char* name, const char** attributes) {
+        if (open_.size() >= kMaxDepth) throw BadFileException();
+        auto node = std::make_unique<ConfigNode>();
+        node->name = name;
+        node->parent = &current();
+        for (; attributes[0] != nullptr; attributes += 2) {
+            auto attribute = std::make_unique<ConfigNode>();
+            attribute->name = attributes[0];
+            attribute->parent = node.get();
+            attribute->hasData = true;
+            attribute->data = attributes[1];
+            node->attributes.push_back(std::move(attribute));
+        }
+        open_.push_back(std::move(node));
+    }
+
+    /// A node enters its parent's list only here.
+    void endElement(const char* name) {
+        if (open_.empty() || open_.back()->name != name) throw BadFileException();
+        auto node = std::move(open_.back());
+        open_.pop_back();
+        node->parent->children.push_back(std::move(node));
+    }
+
+    void characterData(std::string_view piece) {
+        // On purpose: white space decides only whether a piece counts; what counts is kept
+        // untrimmed. Pinned by ConfigReaderTest.KeepsAPieceUntrimmed.
+        if (std::all_of(piece.begin(), piece.end(), isWhiteSpace)) return;
+        current().hasData = true;
+        current().data.append(piece);
+    }
+
+private:
+    ConfigNode& current() { return open_.empty() ? root_ : *open_.back(); }
+
+    ConfigNode& root_;
+    std::vector<std::unique_ptr<ConfigNode>> open_;
+};
+
+/// Feeds the parser; carries exceptions of the builder past the parser's C frames.
+class Reader {
+public:
+    explicit Reader(ConfigNode& root) : builder_(root), parser_(XML_ParserCreate(nullptr)) {
+        if (!parser_) return;
+        XML_SetUserData(parser_.get(), this);
+        XML_SetElementHandler(parser_.get(), onStart, onEnd);
+        XML_SetCharacterDataHandler(parser_.get(), onText);
+    }
+
+    void read(std::istream& stream) {
+        // On purpose: without a parser the file counts as empty.
+        if (!parser_) return;
+        std::array<char, kBlockSize> block{};
+        bool isFinal = false;
+        while (!isFinal) {
+            stream.read(block.data(), kBlockSize);
+            isFinal = stream.gcount() < static_cast<std::streamsize>(kBlockSize);
+            feed(block.data(), static_cast<int>(stream.gcount()), isFinal);
+        }
+    }
+
+private:
+    void feed(const char* bytes, int count, bool isFinal) {
+        const XML_Status status = XML_Parse(parser_.get(), bytes, count, isFinal ? 1 : 0);
+        if (failure_) std::rethrow_exception(failure_);
+        if (status != XML_STATUS_OK) throw BadFileException();
+    }
+
+    template <typename Action>
+    void guarded(Action action) noexcept {
+        if (failure_) return;
+        try {
+            action(builder_);
+        } catch (...) {
+            failure_ = std::current_exception();
+            XML_StopParser(parser_.get(), XML_FALSE);
+        }
+    }
+
+    static void XMLCALL onStart(void* reader, const XML_Char* name, const XML_Char** attributes) {
+        static_cast<Reader*>(reader)->guarded(
+            [&](TreeBuilder& builder) { builder.startElement(name, attributes); });
+    }
+
+    static void XMLCALL onEnd(void* reader, const XML_Char* name) {
+        static_cast<Reader*>(reader)->guarded(
+            [&](TreeBuilder& builder) { builder.endElement(name); });
+    }
+
+    static void XMLCALL onText(void* reader, const XML_Char* text, int length) {
+        static_cast<Reader*>(reader)->guarded([&](TreeBuilder& builder) {
+            builder.characterData({text, static_cast<std::size_t>(length)});
+        });
+    }
+
+    TreeBuilder builder_;
+    ParserPtr parser_;
+    std::exception_ptr failure_;
+};
+
+}  // namespace
+
+void readStream(ConfigNode& root, std::istream& stream) { Reader(root).read(stream); }
+
+void readFile(ConfigNode& root, const std::string& path) {
+    std::error_code ignored;
+    if (!std::filesystem::exists(path, ignored)) throw FileDoesNotExistException();
+    std::ifstream file(path, std::ios::binary);
+    // On purpose: a file that can't be opened counts as empty.
+    // Pinned by ConfigReaderTest.TakesAnUnreadableFileForAnEmptyOne.
+    if (!file) return;
+    readStream(root, file);
+}
+
+}  // namespace kvl::config
