@@ -17,16 +17,19 @@ struct FragmentPosition {
 };
 
 /// Writes messages as fragments.
+///
+/// Nobody deletes a writer through this interface: it has the two virtual operations alone.
 class IMediaWriter {
 public:
-    virtual ~IMediaWriter() = default;
-
     /// Writes one fragment of the messages in front of the first one at or past `endTime`; those
     /// behind stay in the list for the caller. `bootstrap` is only read during the call.
     virtual FragmentPosition writeUpTo(const MessageList& messages, const Timestamp& endTime,
                                        const std::uint8_t* bootstrap,
                                        std::uint64_t bootstrapSize) = 0;
     virtual void finishWriter() = 0;
+
+protected:
+    ~IMediaWriter() = default;
 };
 
 }  // namespace torvo::kzspkgutil

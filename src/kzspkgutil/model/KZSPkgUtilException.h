@@ -7,6 +7,9 @@
 
 namespace torvo::kzspkgutil {
 
+/// Code of a sample that the 24-bit size of a tag can't tell.
+constexpr std::uint32_t kTagTooLarge = 5;
+
 /// A failure of the pipeline. Its text is "Error (" code ") - " message.
 class KZSPkgUtilException : public kvl::KVLException {
 public:

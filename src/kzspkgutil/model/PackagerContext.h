@@ -5,11 +5,14 @@
 namespace torvo::kzspkgutil {
 
 /// What a run shares among its objects. They keep non-owning pointers to it; it outlives them.
+///
+/// Nobody deletes a context through this interface: getMemoryArena is its only virtual operation.
 class IPackagerContext {
 public:
-    virtual ~IPackagerContext() = default;
-
     virtual IMemoryArena& getMemoryArena() = 0;
+
+protected:
+    ~IPackagerContext() = default;
 };
 
 class PackagerContext final : public IPackagerContext {

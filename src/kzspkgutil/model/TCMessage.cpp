@@ -1,8 +1,10 @@
 #include "kzspkgutil/model/TCMessage.h"
 
+#include <string>
 #include <utility>
 
 #include "kzs/base/ByteOrder.h"
+#include "kzspkgutil/model/KZSPkgUtilException.h"
 
 namespace torvo::kzspkgutil {
 
@@ -16,6 +18,14 @@ TCMessage::TCMessage(const Timestamp& sampleTime, const Timestamp& messageTime,
       sampleData_(sampleData),
       sampleDataSize_(sampleDataSize) {
     storeTagTime(block_->data(), messageTime.value);
+}
+
+BlockPtr allocateTag(IMemoryArena& arena, std::uint64_t bodySize) {
+    if (bodySize > kLargestTagBody) {
+        throw KZSPkgUtilException(kTagTooLarge, "a body of " + std::to_string(bodySize) +
+                                                    " bytes is too large for an FLV tag");
+    }
+    return arena.allocate(bodySize + kTagOverhead);
 }
 
 void storeTagTime(std::uint8_t* tag, std::uint64_t milliseconds) {

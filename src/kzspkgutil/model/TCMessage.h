@@ -36,7 +36,9 @@ public:
 
     Timestamp getSampleTime() const override { return sampleTime_; }
     const std::uint8_t* getTag() const override { return block_ ? block_->data() : nullptr; }
-    const std::uint8_t* getTagBody() const override { return getTag() + kTagHeaderSize; }
+    const std::uint8_t* getTagBody() const override {
+        return block_ ? block_->data() + kTagHeaderSize : nullptr;
+    }
     /// 64-bit arithmetic: of the absent message it is no size at all, so test getTagSize first.
     std::uint64_t getTagBodySize() const override { return std::uint64_t{tagSize_} - kTagOverhead; }
     const std::uint8_t* getSampleData() const override { return sampleData_; }
@@ -56,6 +58,12 @@ private:
     std::uint8_t* sampleData_ = nullptr;
     std::uint32_t sampleDataSize_ = 0;
 };
+
+/// A block for a tag image whose body has `bodySize` bytes, its contents undefined.
+///
+/// Throws KZSPkgUtilException with code 5 when the body's size doesn't fit the 24 bits that a tag
+/// has for it, and std::bad_alloc.
+BlockPtr allocateTag(IMemoryArena& arena, std::uint64_t bodySize);
 
 /// Writes a time in milliseconds into bytes 4 to 7 of a tag: bits 16-23, 8-15, 0-7, 24-31.
 void storeTagTime(std::uint8_t* tag, std::uint64_t milliseconds);

@@ -1,0 +1,93 @@
+#include <limits>
+#include <new>
+
+#include <gtest/gtest.h>
+
+#include "kzspkgutil/model/MemoryArena.h"
+#include "kzspkgutil/model/PackagerContext.h"
+
+namespace torvo::kzspkgutil {
+namespace {
+
+TEST(BlockTest, StartsWithoutAnOwner) {
+    auto* block = new Block(4);
+    EXPECT_EQ(block->addRef(), 1U);
+    EXPECT_EQ(block->addRef(), 2U);
+    EXPECT_EQ(block->release(), 1U);
+    EXPECT_EQ(block->release(), 0U);  // the address checker sees a block that stays
+}
+
+class Counted : public kzs::NoLockRefCountedObject<kzs::IRefCountedObject> {
+public:
+    explicit Counted(bool& isGone) : isGone_(isGone) {}
+    ~Counted() override { isGone_ = true; }
+
+private:
+    bool& isGone_;
+};
+
+TEST(RefCountedObjectTest, GoesWithItsLastOwnerThroughTheInterface) {
+    bool isGone = false;
+    kzs::IRefCountedObject* object = new Counted(isGone);
+    object->addRef();
+    object->addRef();
+    object->release();
+    EXPECT_FALSE(isGone);
+    object->release();
+    EXPECT_TRUE(isGone);
+}
+
+TEST(BlockPtrTest, HoldsOneReferenceForEachCopy) {
+    RefCountedMemoryArena arena;
+    const BlockPtr first = arena.allocate(1);
+    {
+        const BlockPtr second = first;
+        EXPECT_EQ(first->addRef(), 3U);
+        EXPECT_EQ(first->release(), 2U);
+    }
+    EXPECT_EQ(first->addRef(), 2U);
+    EXPECT_EQ(first->release(), 1U);
+}
+
+TEST(RefCountedMemoryArenaTest, GivesBlocksOfExactlyTheSizeAskedFor) {
+    RefCountedMemoryArena arena;
+    for (const std::uint64_t size : {0U, 1U, 15U, 4097U}) {
+        const BlockPtr block = arena.allocate(size);
+        EXPECT_EQ(block->size(), size);
+        // Reaches the last byte; the address checker knows the true size of the array.
+        if (size > 0) block->data()[size - 1] = 0xA5;
+    }
+}
+
+TEST(RefCountedMemoryArenaTest, GivesEachCallABlockOfItsOwn) {
+    RefCountedMemoryArena arena;
+    const BlockPtr first = arena.allocate(8);
+    const BlockPtr second = arena.allocate(8);
+    EXPECT_NE(first->data(), second->data());
+}
+
+TEST(RefCountedMemoryArenaTest, LeavesBlocksAloneOnReset) {
+    RefCountedMemoryArena arena;
+    const BlockPtr block = arena.allocate(2);
+    block->data()[1] = 7;
+    arena.reset();
+    EXPECT_EQ(block->size(), 2U);
+    EXPECT_EQ(block->data()[1], 7);
+}
+
+TEST(RefCountedMemoryArenaTest, EndsAnImpossibleSizeInOutOfMemory) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the address checker ends the program instead of throwing";
+#endif
+    RefCountedMemoryArena arena;
+    EXPECT_THROW(arena.allocate(std::numeric_limits<std::uint64_t>::max()), std::bad_alloc);
+}
+
+TEST(PackagerContextTest, GivesOutTheArenaItWasMadeOn) {
+    RefCountedMemoryArena arena;
+    PackagerContext context(arena);
+    EXPECT_EQ(&context.getMemoryArena(), &arena);
+}
+
+}  // namespace
+}  // namespace torvo::kzspkgutil
