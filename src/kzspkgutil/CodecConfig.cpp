@@ -1,0 +1,105 @@
+#include "kzspkgutil/CodecConfig.h"
+
+#include <algorithm>
+#include <array>
+
+#include "kzs/base/ByteOrder.h"
+
+namespace torvo::kzspkgutil {
+namespace {
+
+constexpr std::size_t kBoxHeaderSize = 8;
+constexpr std::size_t kFullBoxHeaderSize = 12;
+constexpr std::uint8_t kStreamDescriptor = 3;
+constexpr std::uint8_t kDecoderConfigDescriptor = 4;
+constexpr std::uint8_t kDecoderSpecificInfo = 5;
+constexpr std::size_t kStreamIdSize = 2;
+constexpr std::size_t kStreamIdAndFlagsSize = 3;
+constexpr std::size_t kDecoderFactsSize = 13;
+constexpr int kMostLengthBytes = 4;
+
+/// Reads descriptors one after the other. Once a step fails, all later ones do.
+class DescriptorReader {
+public:
+    explicit DescriptorReader(ByteView bytes) : bytes_(bytes) {}
+
+    bool skip(std::size_t count) {
+        if (count > bytes_.size) return fail();
+        bytes_.data += count;
+        bytes_.size -= count;
+        return true;
+    }
+
+    bool readByte(std::uint8_t& value) {
+        if (bytes_.size == 0) return fail();
+        value = *bytes_.data;
+        return skip(1);
+    }
+
+    bool readLength(std::size_t& length) {
+        length = 0;
+        for (int i = 0; i < kMostLengthBytes; ++i) {
+            std::uint8_t byte = 0;
+            if (!readByte(byte)) return false;
+            length = length * 0x80 + (byte & 0x7F);
+            if ((byte & 0x80) == 0) return true;
+        }
+        return fail();
+    }
+
+    bool expectTag(std::uint8_t wanted) {
+        std::uint8_t tag = 0;
+        return readByte(tag) && (tag == wanted || fail());
+    }
+
+    ByteView take(std::size_t count) {
+        if (count > bytes_.size) return {};
+        return {bytes_.data, count};
+    }
+
+private:
+    bool fail() {
+        bytes_ = {};
+        return false;
+    }
+
+    ByteView bytes_;
+};
+
+}  // namespace
+
+ByteView findBox(const Blob& blob, std::uint32_t type) {
+    std::array<std::uint8_t, 4> letters{};
+    kzs::storeU32(letters.data(), type);
+    if (blob.size() < kBoxHeaderSize) return {};
+    // A hit in the first four bytes has no room for the size word ahead of it.
+    const auto hit = std::search(blob.begin() + 4, blob.end(), letters.begin(), letters.end());
+    if (hit == blob.end()) return {};
+
+    const auto start = static_cast<std::size_t>(hit - blob.begin()) - 4;
+    const std::size_t size = kzs::loadU32(blob.data() + start);
+    if (size < kBoxHeaderSize || size > blob.size() - start) return {};
+    return {blob.data() + start, size};
+}
+
+ByteView findAudioSpecificConfig(const Blob& blob) {
+    const ByteView box = findBox(blob, kzs::fourCc("esds"));
+    if (box.size == 0) return {};
+    const auto start = static_cast<std::size_t>(box.data - blob.data());
+    DescriptorReader in({box.data, blob.size() - start});
+
+    std::uint8_t first = 0;
+    std::size_t length = 0;
+    if (!in.skip(kFullBoxHeaderSize) || !in.readByte(first)) return {};
+    if (first == kStreamDescriptor) {
+        if (!in.readLength(length) || !in.skip(kStreamIdAndFlagsSize)) return {};
+    } else if (!in.skip(kStreamIdSize)) {
+        return {};
+    }
+    if (!in.expectTag(kDecoderConfigDescriptor) || !in.readLength(length)) return {};
+    if (!in.skip(kDecoderFactsSize) || !in.expectTag(kDecoderSpecificInfo)) return {};
+    if (!in.readLength(length)) return {};
+    return in.take(length);
+}
+
+}  // namespace torvo::kzspkgutil

@@ -1,0 +1,63 @@
+#include "kzspkgutil/KZMStream.h"
+
+#include "kzm/Exception.h"
+#include "kzs/base/IOStreamException.h"
+
+namespace torvo::kzspkgutil {
+namespace {
+
+template <typename Operation>
+auto translated(Operation operation) {
+    try {
+        return operation();
+    } catch (const kzs::IOStreamException& failure) {
+        throw qlix::kzm::Exception(static_cast<std::uint32_t>(failure.code()));
+    }
+}
+
+template <typename Operation>
+auto translatedWriting(Operation operation) {
+    try {
+        return operation();
+    } catch (const kzs::IOStreamException&) {
+        throw qlix::kzm::Exception(qlix::kzm::ErrorCode::writeFailed);
+    }
+}
+
+}  // namespace
+
+KZMStream::KZMStream(const std::string& path, std::uint32_t openFlags) : file_(path, openFlags) {}
+
+void KZMStream::addRef() { ++references_; }
+
+void KZMStream::release() {
+    if (--references_ == 0) file_.close();
+}
+
+void KZMStream::open() {
+    translated([&] { file_.open(); });
+}
+
+void KZMStream::close() { file_.close(); }
+
+std::uint64_t KZMStream::read(void* buffer, std::uint64_t count) {
+    return translated([&] { return file_.read(buffer, count); });
+}
+
+std::uint64_t KZMStream::seek(std::int64_t offset, int origin) {
+    return translated([&] { return file_.seek(offset, origin); });
+}
+
+std::uint64_t KZMStream::tell() {
+    return translated([&] { return file_.tell(); });
+}
+
+std::uint64_t KZMStream::write(const void* buffer, std::uint64_t count) {
+    return translatedWriting([&] { return file_.write(buffer, count); });
+}
+
+void KZMStream::truncate(std::uint64_t size) {
+    translatedWriting([&] { file_.truncate(size); });
+}
+
+}  // namespace torvo::kzspkgutil

@@ -1,0 +1,114 @@
+#include <functional>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "kzm/Exception.h"
+#include "kzspkgutil/KZMStream.h"
+#include "support/Bytes.h"
+#include "support/TempDir.h"
+
+namespace torvo::kzspkgutil {
+namespace {
+
+using kz::test::Bytes;
+using kz::test::text;
+
+std::uint32_t codeOf(const std::function<void()>& operation) {
+    try {
+        operation();
+    } catch (const qlix::kzm::Exception& failure) {
+        return failure.code();
+    }
+    return 0;
+}
+
+class KZMStreamTest : public testing::Test {
+protected:
+    kz::test::TempDir folder_;
+    std::string input_ = folder_.write("in", text("0123456789"));
+};
+
+TEST_F(KZMStreamTest, ReadsAndSeeksLikeTheFile) {
+    KZMStream stream(input_, kzs::openFlagsFor(false, false));
+    stream.open();
+    Bytes buffer(4);
+    EXPECT_EQ(stream.seek(-3, qlix::kzm::kSeekFromEnd), 7U);
+    EXPECT_EQ(stream.read(buffer.data(), 4), 3U);
+    EXPECT_EQ(buffer.cutTo(3), text("789"));
+    EXPECT_EQ(stream.tell(), 10U);
+    EXPECT_EQ(stream.seek(-6, qlix::kzm::kSeekFromCurrent), 4U);
+    EXPECT_EQ(stream.seek(2, qlix::kzm::kSeekFromStart), 2U);
+    EXPECT_EQ(stream.read(buffer.data(), 1), 1U);
+    EXPECT_EQ(buffer[0], '2');
+}
+
+TEST_F(KZMStreamTest, WritesAndCutsTheFile) {
+    KZMStream stream(folder_ / "out", kzs::openFlagsFor(true, false));
+    stream.open();
+    EXPECT_EQ(stream.write("abcdef", 6), 6U);
+    stream.truncate(4);
+    stream.close();
+    EXPECT_EQ(kz::test::readFile(folder_ / "out"), text("abcd"));
+}
+
+TEST_F(KZMStreamTest, ClosesTheFileWithItsLastReference) {
+    KZMStream stream(input_, kzs::openFlagsFor(false, false));
+    stream.addRef();
+    stream.addRef();
+    stream.open();
+    Bytes buffer(1);
+
+    stream.release();
+    EXPECT_EQ(stream.read(buffer.data(), 1), 1U);
+    stream.release();
+    EXPECT_EQ(codeOf([&] { stream.read(buffer.data(), 1); }), 1U);
+}
+
+TEST_F(KZMStreamTest, OpensNothingWhenMade) {
+    KZMStream stream(folder_ / "out", kzs::openFlagsFor(true, false));
+    EXPECT_FALSE(kz::test::fileExists(folder_ / "out"));
+}
+
+TEST_F(KZMStreamTest, GivesAMissingFileTheNumber6) {
+    KZMStream stream(folder_ / "missing", kzs::openFlagsFor(false, false));
+    EXPECT_EQ(codeOf([&] { stream.open(); }), 6U);
+}
+
+TEST_F(KZMStreamTest, GivesAFolderTheNumberOfAnyOtherError) {
+    KZMStream stream(folder_.path(), kzs::openFlagsFor(true, false));
+    EXPECT_EQ(codeOf([&] { stream.open(); }), 1U);
+}
+
+TEST_F(KZMStreamTest, GivesAClosedDoorTheNumber3) {
+    if (::geteuid() == 0) GTEST_SKIP() << "no file is closed to the superuser";
+    ASSERT_EQ(::chmod(input_.c_str(), 0), 0);
+    KZMStream stream(input_, kzs::openFlagsFor(false, false));
+    EXPECT_EQ(codeOf([&] { stream.open(); }), 3U);
+}
+
+TEST_F(KZMStreamTest, GivesAnExistingFileTheNumber4WhenItMustBeNew) {
+    KZMStream stream(input_, kzs::openFlagsFor(true, true) | kzs::kOpenExclusive);
+    EXPECT_EQ(codeOf([&] { stream.open(); }), 4U);
+}
+
+TEST_F(KZMStreamTest, GivesASeekAheadOfTheFileTheNumber2) {
+    KZMStream stream(input_, kzs::openFlagsFor(false, false));
+    stream.open();
+    EXPECT_EQ(codeOf([&] { stream.seek(-1, qlix::kzm::kSeekFromStart); }), 2U);
+}
+
+TEST_F(KZMStreamTest, GivesFailedWritesTheNumberOfTheWriterWhateverTheCause) {
+    KZMStream readOnly(input_, kzs::openFlagsFor(false, false));
+    readOnly.open();
+    EXPECT_EQ(codeOf([&] { readOnly.write("x", 1); }), 1024U);
+    EXPECT_EQ(codeOf([&] { readOnly.truncate(1); }), 1024U);
+
+    KZMStream full("/dev/full", kzs::kOpenBinary | kzs::kOpenReadWrite);
+    full.open();
+    EXPECT_EQ(codeOf([&] { full.write("x", 1); }), 1024U);
+}
+
+}  // namespace
+}  // namespace torvo::kzspkgutil
