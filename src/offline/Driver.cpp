@@ -1,0 +1,27 @@
+#include "offline/Driver.h"
+
+#include <iostream>
+
+#include "offline/OfflineException.h"
+#include "offline/PackagerOptions.h"
+#include "offline/PackagingFlow.h"
+#include "offline/RunModes.h"
+
+namespace torvo::offline {
+
+std::int32_t main(OptionMap& options, const std::vector<std::string>& arguments) {
+    try {
+        std::string helpText;
+        std::string versionText;
+        parseOptions(options, arguments, helpText, versionText);
+        if (!runModes(options, helpText, versionText, std::cout)) runPackagingFlow(options);
+        return 0;
+    } catch (const OfflineException& failure) {
+        // One write for the line. Where standard error is closed, the status alone must tell.
+        std::cerr << "Error " + std::to_string(failure.code()) + ": " + failure.text() + "\n"
+                  << std::flush;
+        return failure.code();
+    }
+}
+
+}  // namespace torvo::offline
