@@ -4,6 +4,7 @@
 
 #include <boost/filesystem/exception.hpp>
 
+#include "kzm/Exception.h"
 #include "kzspkgutil/model/KZSPkgUtilException.h"
 #include "offline/OfflineException.h"
 
@@ -55,6 +56,8 @@ void translateFailures(const std::function<void()>& step) {
     // The last class is a base of all the others, so the order counts.
     try {
         step();
+    } catch (const qlix::kzm::Exception& failure) {
+        throwBoxLibraryFailure(failure.code());
     } catch (const kzspkgutil::KZSPkgUtilFileException& failure) {
         throwPipelineFileFailure(failure.code(), failure.path());
     } catch (const boost::filesystem::filesystem_error&) {

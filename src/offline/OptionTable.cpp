@@ -87,7 +87,8 @@ void addTimingOptions(OptionTable& table) {
               "intervals that will be placed in each fragment.");
     addNumber(table, "frame-precision", 1.0,
               "When specifying frame based fragment durations, this is the precision, in frame "
-              "units, to which fragment durations are specified in the fragment run tables.");
+              "units, to which fragment durations are specified "
+              "in the fragment run tables.");
     addNumber(table, "allowed-drift", 1.0,
               "As the tool rounds off durations, it drifts from the real time. This option "
               "specifies how far the tool can vary from the real time, in seconds.");

@@ -4,6 +4,7 @@
 #include <boost/filesystem/exception.hpp>
 #include <gtest/gtest.h>
 
+#include "kzm/Exception.h"
 #include "kzspkgutil/model/KZSPkgUtilException.h"
 #include "offline/ErrorMapping.h"
 #include "offline/OfflineException.h"
@@ -149,6 +150,11 @@ TEST(ErrorMappingTest, OtherStandardExceptionsKeepTheirText) {
               (Failure{12, "Standard Exception: std::bad_alloc"}));
     EXPECT_EQ(translated([] { throw kzspkgutil::KZSPkgUtilException(5, "m"); }),
               (Failure{12, "Standard Exception: Error (5) - m"}));
+}
+
+TEST(ErrorMappingTest, AFailureOfTheBoxLibraryGoesByItsNumber) {
+    EXPECT_EQ(translated([] { throw qlix::kzm::Exception(27); }), kInvalidInput);
+    EXPECT_EQ(translated([] { throw qlix::kzm::Exception(1024); }), kWriter);
 }
 
 TEST(ErrorMappingTest, AFailedFileSystemCallIsALackOfAccess) {
