@@ -1,0 +1,31 @@
+#pragma once
+
+#include "kzm/impl/FullBox.h"
+
+namespace qlix::kzm::impl {
+
+/// Duration of a fragmented movie, in ticks of the movie.
+///
+///   offset  size  field
+///        0    12  full box header: 'mehd', written with version 1, flags 0
+///       12  4, 8  duration: 64 bits unless the version is 0
+class MehdBox final : public FullBox {
+public:
+    static constexpr std::uint64_t kWrittenSize = kFullBoxHeaderSize + 8;
+
+    MehdBox(const BoxContext& context, std::uint64_t duration);
+    MehdBox(const BoxContext& context, const BoxHeader& header);
+
+    void readFields() override;
+    void writeFields() override;
+    /// Rewrites the duration.
+    void updateFields() override;
+
+    std::uint64_t duration() const { return duration_; }
+    void setDuration(std::uint64_t duration) { duration_ = duration; }
+
+private:
+    std::uint64_t duration_ = 0;
+};
+
+}  // namespace qlix::kzm::impl

@@ -1,0 +1,107 @@
+#include "kzm/impl/TrafBox.h"
+
+#include <utility>
+
+#include "kzm/ErrorCode.h"
+
+namespace qlix::kzm::impl {
+namespace {
+
+using torvo::kzs::low32;
+
+constexpr std::uint64_t kLargestDataOffset = 0xFFFFFFFF;
+
+const RequiredChild kRequired[] = {
+    {fourCc("tfhd"), RequiredChild::Kind::exactlyOne, nullptr},
+};
+
+}  // namespace
+
+TrafBox::TrafBox(const BoxContext& context, std::uint32_t trackId, std::uint64_t baseOffset,
+                 std::uint32_t descriptionIndex)
+    : Box(context, fourCc("traf")), writingBase_(baseOffset) {
+    addChild(makeBox<TfhdBox>(context, trackId, baseOffset, descriptionIndex));
+}
+
+TrafBox::TrafBox(const BoxContext& context, const BoxHeader& header) : Box(context, header) {
+    setFixedSize(kBoxHeaderSize);
+}
+
+void TrafBox::addChild(BoxPtr child) {
+    if (auto* tfhd = dynamic_cast<TfhdBox*>(child.get())) tfhd_ = tfhd;
+    if (auto* run = dynamic_cast<TrunBox*>(child.get())) lastRun_ = run;
+    Box::addChild(std::move(child));
+}
+
+RequiredChildren TrafBox::requiredChildren() const { return {kRequired, 1}; }
+
+TrafBox::Added TrafBox::addSample(const FragmentSample& sample) {
+    if (tfhd_->descriptionIndex() != sample.descriptionIndex) return Added::refused;
+
+    TrunBox* const previous = lastRun_;
+    if (previous != nullptr && previous->append(sample)) {
+        childGrew(previous->bytesPerSample());
+        return Added::appended;
+    }
+
+    const std::uint64_t dataOffset = sample.offset - writingBase_;
+    if (sample.offset < writingBase_ || dataOffset > kLargestDataOffset) {
+        raise(ErrorCode::writeFailed);
+    }
+    auto run = makeBox<TrunBox>(context(), writingBase_, low32(dataOffset));
+    run->append(sample);
+    if (previous != nullptr) {
+        previous->setLastDuration(low32(sample.decodeTime - previous->lastSample().decodeTime));
+    }
+    addChild(std::move(run));
+    return Added::newRun;
+}
+
+void TrafBox::readChildren(RootBox* root, bool validate) {
+    if (tfhd_ == nullptr) raise(ErrorCode::noFragmentHeader);
+    tfhd_->parse(root, validate);
+
+    RunDefaults defaults;
+    defaults.baseOffset = defaults.nextOffset = baseOffset();
+    defaults.duration = tfhd_->defaultDuration();
+    defaults.size = tfhd_->defaultSize();
+    defaults.flags = tfhd_->defaultFlags();
+    std::uint64_t time = startTime();
+    for (std::size_t i = 0; i < childCount(); ++i) {
+        Box* each = heldChild(i);
+        if (each == tfhd_) continue;
+        if (auto* run = dynamic_cast<TrunBox*>(each)) {
+            run->setDefaults(defaults);
+            run->parse(root, validate);
+            time = run->setStartTime(time);
+            defaults.nextOffset = run->dataEnd();
+        } else {
+            each->parse(root, validate);
+        }
+    }
+    if (state_ != nullptr) {
+        state_->dataEnd = defaults.nextOffset;
+        // On purpose: without a run the track starts again at 0 in the next fragment.
+        // Pinned by TrafBoxTest.ATrafWithoutRunsMakesTheNextOneStartAtZero.
+        state_->endOfTrack[tfhd_->trackId()] = lastRun_ != nullptr ? time : 0;
+    }
+}
+
+/// Without a base of its own a `traf` counts from the `moof` if it says so or is the first one,
+/// else from where the data of the one before it ends.
+std::uint64_t TrafBox::baseOffset() const {
+    if (tfhd_->has(TfhdBox::kBaseDataOffsetPresent) || state_ == nullptr) {
+        return tfhd_->baseDataOffset();
+    }
+    if (tfhd_->has(TfhdBox::kDefaultBaseIsMoof) || !state_->dataEnd) return state_->moofStart;
+    return *state_->dataEnd;
+}
+
+/// A track goes on where its last fragment, or an earlier `traf` of this one, ended.
+std::uint64_t TrafBox::startTime() const {
+    if (state_ == nullptr) return 0;
+    const auto found = state_->endOfTrack.find(tfhd_->trackId());
+    return found == state_->endOfTrack.end() ? 0 : found->second;
+}
+
+}  // namespace qlix::kzm::impl

@@ -1,0 +1,161 @@
+#include <gtest/gtest.h>
+
+#include "kzm/impl/BoxSupport.h"
+#include "kzm/impl/MoofBox.h"
+#include "kzm/impl/TrafBox.h"
+
+namespace qlix::kzm::impl {
+namespace {
+
+using namespace kz::test;
+
+FragmentSample sampleAt(std::uint64_t time, std::uint64_t offset, std::uint32_t size) {
+    FragmentSample sample;
+    sample.decodeTime = time;
+    sample.offset = offset;
+    sample.size = size;
+    sample.descriptionIndex = 1;
+    return sample;
+}
+
+TrafBox& trafAt(Box& moof, std::size_t index) {
+    return dynamic_cast<TrafBox&>(*moof.heldChild(index));
+}
+
+TrunBox& runAt(TrafBox& traf, std::size_t index) {
+    return dynamic_cast<TrunBox&>(*traf.heldChild(index));
+}
+
+TEST(TrafBoxTest, PutsAdjacentSamplesIntoOneRun) {
+    WriteFile file;
+    TrafBox box(file.context(), 1, 16, 1);
+    EXPECT_EQ(box.addSample(sampleAt(0, 16, 10)), TrafBox::Added::newRun);
+    EXPECT_EQ(box.addSample(sampleAt(40, 26, 10)), TrafBox::Added::appended);
+    EXPECT_EQ(box.childCount(), 2U);
+    EXPECT_EQ(box.size(), 8U + 28 + 20 + 2 * 16);
+}
+
+TEST(TrafBoxTest, BeginsARunForASampleThatIsNotAdjacent) {
+    WriteFile file;
+    TrafBox box(file.context(), 2, 16, 1);
+    EXPECT_EQ(box.addSample(sampleAt(5, 20, 3)), TrafBox::Added::newRun);
+    EXPECT_EQ(box.addSample(sampleAt(45, 40, 6)), TrafBox::Added::newRun);
+    EXPECT_EQ(written(file, box), hexTable(R"(
+        0   0000006c          size 8 + 28 + 2 x 36
+        4   74726166          'traf'
+        8   0000001c          size
+        12  74666864          'tfhd'
+        16  00000003          version 0, flags 3
+        20  00000002          track id
+        24  0000000000000010  base data offset
+        32  00000001          description index
+        36  00000024          size
+        40  7472756e          'trun'
+        44  00000f01          flags
+        48  00000001          sample count
+        52  00000004          data offset 20 - 16
+        56  00000028          duration, settled by the next run
+        60  00000003          size
+        64  01010000          flags
+        68  00000000          composition offset
+        72  00000024          size
+        76  7472756e          'trun'
+        80  00000f01          flags
+        84  00000001          sample count
+        88  00000018          data offset 40 - 16
+        92  00000001          duration, first row of a run
+        96  00000006          size
+        100 01010000          flags
+        104 00000000          composition offset
+    )"));
+}
+
+TEST(TrafBoxTest, RefusesASampleOfAnotherDescription) {
+    TrafBox box({}, 1, 16, 1);
+    FragmentSample other = sampleAt(0, 16, 10);
+    other.descriptionIndex = 2;
+    EXPECT_EQ(box.addSample(other), TrafBox::Added::refused);
+    EXPECT_EQ(box.childCount(), 1U);
+    box.tfhd()->setDescriptionIndex(2);
+    EXPECT_EQ(box.addSample(other), TrafBox::Added::newRun);
+}
+
+TEST(TrafBoxTest, ThrowsWhenTheDataOffsetNeedsMoreThanThirtyTwoBits) {
+    TrafBox box({}, 1, 16, 1);
+    EXPECT_EQ(box.addSample(sampleAt(0, 0x10000000F, 1)), TrafBox::Added::newRun);
+    EXPECT_EQ(box.addSample(sampleAt(1, 0x100000010, 1)), TrafBox::Added::appended)
+        << "a run may go on past the limit";
+    EXPECT_EQ(codeOf([&] { box.addSample(sampleAt(2, 0x100000012, 1)); }), 1024U);
+    EXPECT_EQ(codeOf([&] { box.addSample(sampleAt(2, 15, 1)); }), 1024U) << "in front of the base";
+}
+
+TEST(TrafBoxTest, GivesDecodeTimesRunByRun) {
+    ReadFile file(box("traf", fullBox("tfhd", 0, 0x1, u32(1), u64(500)),
+                      fullBox("trun", 0, 0x301, u32(2), u32(0), u32(10), u32(3), u32(20), u32(4)),
+                      fullBox("trun", 0, 0x300, u32(1), u32(5), u32(6))));
+    const BoxPtr made = file.read();
+    auto& traf = dynamic_cast<TrafBox&>(*made);
+    EXPECT_EQ(runAt(traf, 1).sample(0).decodeTime, 0U);
+    EXPECT_EQ(runAt(traf, 1).sample(1).decodeTime, 10U);
+    EXPECT_EQ(runAt(traf, 2).sample(0).decodeTime, 30U);
+    EXPECT_EQ(runAt(traf, 2).endTime(), 35U);
+    EXPECT_EQ(runAt(traf, 1).sample(1).offset, 503U);
+    EXPECT_EQ(runAt(traf, 2).sample(0).offset, 507U) << "behind the data of the run before";
+}
+
+TEST(TrafBoxTest, ThrowsTwentyFourWithoutAHeader) {
+    ReadFile file(box("traf", fullBox("trun", 0, 0, u32(0))));
+    EXPECT_EQ(codeOf([&] { file.read(); }), 24U);
+}
+
+TEST(TrafBoxTest, NeedsExactlyOneHeader) {
+    ReadFile file(box("traf"));
+    const BoxPtr made = file.make();
+    EXPECT_EQ(codeOf([&] { made->parse(nullptr, true); }), 14U);
+}
+
+TEST(TrafBoxTest, ParsesChildrenThatAreNoRuns) {
+    ReadFile file(box("traf", fullBox("tfhd", 0, 0, u32(1)), box("free", fill(5, 0)),
+                      fullBox("mfhd", 0, 0, u32(4))));
+    const BoxPtr made = file.read();
+    EXPECT_EQ(dynamic_cast<MfhdBox&>(*made->heldChild(2)).sequenceNumber(), 4U);
+}
+
+/// A `moof` 100 bytes into the file whose first `traf` has 7 bytes of data from its base.
+Bytes fragmentAt100(std::uint32_t firstFlags, std::uint32_t secondFlags) {
+    const IsoBox run = fullBox("trun", 0, 0x300, u32(1), u32(10), u32(7));
+    return fill(100, 0) + box("moof", fullBox("mfhd", 0, 0, u32(1)),
+                              box("traf", fullBox("tfhd", 0, firstFlags, u32(1)), run),
+                              box("traf", fullBox("tfhd", 0, secondFlags, u32(2)), run));
+}
+
+TEST(TrafBoxTest, TheFirstWithoutABaseCountsFromTheMoof) {
+    ReadFile file(fragmentAt100(0, 0));
+    const BoxPtr moof = file.read(100);
+    EXPECT_EQ(runAt(trafAt(*moof, 1), 1).sample(0).offset, 100U);
+}
+
+TEST(TrafBoxTest, ALaterOneWithoutABaseCountsFromTheEndOfTheDataBefore) {
+    ReadFile file(fragmentAt100(0, 0));
+    const BoxPtr moof = file.read(100);
+    EXPECT_EQ(runAt(trafAt(*moof, 2), 1).sample(0).offset, 107U);
+}
+
+TEST(TrafBoxTest, CountsFromTheMoofWhenItSaysSo) {
+    ReadFile file(fragmentAt100(0x020000, 0x020000));
+    const BoxPtr moof = file.read(100);
+    EXPECT_EQ(runAt(trafAt(*moof, 1), 1).sample(0).offset, 100U);
+    EXPECT_EQ(runAt(trafAt(*moof, 2), 1).sample(0).offset, 100U);
+}
+
+TEST(TrafBoxTest, ASecondOneOfATrackInAMoofGoesOnInTime) {
+    const IsoBox traf = box("traf", fullBox("tfhd", 0, 0, u32(1)),
+                            fullBox("trun", 0, 0x300, u32(1), u32(10), u32(7)));
+    ReadFile file(box("moof", fullBox("mfhd", 0, 0, u32(1)), traf, traf));
+    const BoxPtr moof = file.read();
+    EXPECT_EQ(runAt(trafAt(*moof, 1), 1).sample(0).decodeTime, 0U);
+    EXPECT_EQ(runAt(trafAt(*moof, 2), 1).sample(0).decodeTime, 10U);
+}
+
+}  // namespace
+}  // namespace qlix::kzm::impl
