@@ -198,5 +198,12 @@ TEST(StreamExceptionGuardTest, ClearsWhatWouldMakeTheOldSettingThrow) {
     EXPECT_FALSE(stream.fail());
 }
 
+TEST(StreamExceptionGuardTest, RestoresTheSettingOfAStreamThatHasFailedBefore) {
+    std::ostringstream stream;
+    stream.setstate(std::ios::badbit);
+    EXPECT_THROW(StreamExceptionGuard(stream, std::ios::badbit), std::ios_base::failure);
+    EXPECT_EQ(stream.exceptions(), std::ios::goodbit);
+}
+
 }  // namespace
 }  // namespace torvo::kzs
