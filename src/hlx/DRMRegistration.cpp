@@ -20,7 +20,7 @@ QlixHLXCertificate* DRMRegistration::certificate(const std::vector<std::uint8_t>
     return certificate;
 }
 
-QlixHLXCredential* DRMRegistration::credential(const std::vector<std::uint8_t>& bytes,
+QlixHLXCredential* DRMRegistration::credential(const SecretBytes& bytes,
                                                const std::string& password) const {
     QlixHLXCredential* credential = nullptr;
     checkResult(registrationTable().credentialFromBytes(

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "hlx/CSmartPtrBase.h"
+#include "hlx/Secret.h"
 
 namespace hlx {
 
@@ -20,8 +21,7 @@ public:
     QlixHLXCertificate* certificate(const std::vector<std::uint8_t>& bytes) const;
 
     /// From the bytes of a PFX. Throws HLXException.
-    QlixHLXCredential* credential(const std::vector<std::uint8_t>& bytes,
-                                  const std::string& password) const;
+    QlixHLXCredential* credential(const SecretBytes& bytes, const std::string& password) const;
 };
 
 }  // namespace hlx

@@ -9,7 +9,7 @@ namespace {
 /// What the library is told of NAL units, whatever the sample.
 constexpr std::uint32_t kNalLengthSize = 4;
 
-QlixHLXEncryptor* create(const Bytes& commonKey, const std::string& contentId,
+QlixHLXEncryptor* create(const SecretBytes& commonKey, const std::string& contentId,
                          const EncryptionFlags& flags) {
     QlixHLXEncryptor* encryptor = nullptr;
     checkResult(encryptorTable().create(&encryptor, commonKey.data(), sizeOf(commonKey),
@@ -22,7 +22,7 @@ HLXBlob blobOf(const Bytes& bytes) { return {bytes.data(), sizeOf(bytes)}; }
 
 }  // namespace
 
-HLXEncryptor::HLXEncryptor(const Bytes& commonKey, const std::string& contentId,
+HLXEncryptor::HLXEncryptor(const SecretBytes& commonKey, const std::string& contentId,
                            const EncryptionFlags& flags)
     : CSmartPtrBase(create(commonKey, contentId, flags)) {}
 

@@ -7,6 +7,7 @@
 
 #include "hlx/CSmartPtrBase.h"
 #include "hlx/DRMMetadata.h"
+#include "hlx/Secret.h"
 
 namespace hlx {
 
@@ -41,7 +42,7 @@ struct StreamingParts {
 class HLXEncryptor final : public CSmartPtrBase {
 public:
     HLXEncryptor() = default;
-    HLXEncryptor(const Bytes& commonKey, const std::string& contentId,
+    HLXEncryptor(const SecretBytes& commonKey, const std::string& contentId,
                  const EncryptionFlags& flags);
 
     /// Metadata that stands alone.

@@ -4,7 +4,6 @@
 
 #include <boost/filesystem/exception.hpp>
 
-#include "hlx/HLXException.h"
 #include "kzm/Exception.h"
 #include "kzspkgutil/model/KZSPkgUtilException.h"
 #include "offline/OfflineException.h"
@@ -59,8 +58,6 @@ void translateFailures(const std::function<void()>& step) {
         step();
     } catch (const qlix::kzm::Exception& failure) {
         throwBoxLibraryFailure(failure.code());
-    } catch (const hlx::HLXException& failure) {
-        throwEncryptionLibraryFailure(failure.code());
     } catch (const kzspkgutil::KZSPkgUtilFileException& failure) {
         throwPipelineFileFailure(failure.code(), failure.path());
     } catch (const boost::filesystem::filesystem_error&) {

@@ -35,14 +35,17 @@ protected:
         parties.transportCertificate = registration.certificate(certificate(1));
         serverCertificate = certificate(2);
         parties.serverCertificate = registration.certificate(serverCertificate);
-        parties.credential =
-            registration.credential(kz::test::makePfx(testKey(kKind, 3), certificate(3)), "secret");
+        parties.credential = registration.credential(
+            secret(kz::test::makePfx(testKey(kKind, 3), certificate(3))), "secret");
     }
     static kz::test::Bytes certificate(int number) {
         CertificateSpec spec;
         spec.key = kKind;
         spec.keyNumber = number;
         return kz::test::makeCertificate(spec);
+    }
+    static SecretBytes secret(const kz::test::Bytes& bytes) {
+        return SecretBytes(bytes.begin(), bytes.end());
     }
     static std::uint32_t codeOf(const std::function<void()>& step) {
         try {
@@ -53,7 +56,7 @@ protected:
         return 1000;
     }
 
-    const Bytes kCommonKey = kz::test::hex("000102030405060708090a0b0c0d0e0f");
+    const SecretBytes kCommonKey = secret(kz::test::hex("000102030405060708090a0b0c0d0e0f"));
     MetadataParties parties;
     kz::test::Bytes serverCertificate;
 };
@@ -141,7 +144,7 @@ TEST_F(HLXEncryptorTest, ABadCredentialGivesACodeOfItsOwn) {
     EXPECT_EQ(codeOf([&] { registration.credential({}, "secret"); }),
               HLX_ERROR_CREDENTIAL_UNREADABLE);
     const auto pfx = kz::test::makePfx(testKey(kKind, 3), certificate(3));
-    EXPECT_EQ(codeOf([&] { registration.credential(pfx, "wrong"); }),
+    EXPECT_EQ(codeOf([&] { registration.credential(secret(pfx), "wrong"); }),
               HLX_ERROR_CREDENTIAL_WRONG_PASSWORD);
 }
 
