@@ -1,0 +1,20 @@
+#include "kzspkgutil/WriterFields.h"
+
+#include "kzs/base/ByteOrder.h"
+#include "kzs/base/Clock.h"
+
+namespace torvo::kzspkgutil {
+
+qlix::kzm::DateRecord currentDate() {
+    constexpr std::uint64_t kSecondsFrom1904To1970 = 2082844800;
+    return qlix::kzm::dateOf(static_cast<std::uint64_t>(kzs::fileTimeSeconds()) +
+                             kSecondsFrom1904To1970);
+}
+
+std::uint32_t truncatedLow32(double value) {
+    constexpr double kTwoTo64 = 18446744073709551616.0;
+    if (!(value >= 0 && value < kTwoTo64)) return 0;
+    return kzs::low32(static_cast<std::uint64_t>(value));
+}
+
+}  // namespace torvo::kzspkgutil
