@@ -24,4 +24,7 @@ struct RequiredChildren {
     std::size_t count = 0;
 };
 
+/// The rules for boxes of a code, from the one table of them all; none for a code not in it.
+RequiredChildren requiredChildrenOf(std::uint32_t type);
+
 }  // namespace qlix::kzm::impl

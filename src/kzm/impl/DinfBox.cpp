@@ -1,0 +1,21 @@
+#include "kzm/impl/DinfBox.h"
+
+#include <utility>
+
+namespace qlix::kzm::impl {
+
+DinfBox::DinfBox(const BoxContext& context) : Box(context, fourCc("dinf")) {
+    DinfBox::addChild(makeBox<DrefBox>(context));
+}
+
+DinfBox::DinfBox(const BoxContext& context, const BoxHeader& header) : Box(context, header) {
+    resetSize();
+}
+
+void DinfBox::addChild(BoxPtr child) {
+    auto* dref = dynamic_cast<DrefBox*>(child.get());
+    Box::addChild(std::move(child));
+    if (dref != nullptr) dref_ = dref;
+}
+
+}  // namespace qlix::kzm::impl

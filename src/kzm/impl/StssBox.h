@@ -1,0 +1,25 @@
+#pragma once
+
+#include "kzm/impl/TableBox.h"
+
+namespace qlix::kzm::impl {
+
+/// Sync samples: rows of a sample number, from 1, 4 bytes each.
+class StssBox final : public TableBox {
+public:
+    /// Room for `capacity` samples.
+    StssBox(const BoxContext& context, std::uint32_t capacity);
+    StssBox(const BoxContext& context, const BoxHeader& header);
+
+    /// Throws tableTooLarge for a count above kSanityLimit.
+    void readFields() override;
+
+    const BoxVector<std::uint32_t>& sampleNumbers() const { return sampleNumbers_; }
+
+    void addSample(std::uint32_t number);
+
+private:
+    BoxVector<std::uint32_t> sampleNumbers_;
+};
+
+}  // namespace qlix::kzm::impl

@@ -1,0 +1,37 @@
+#include "kzm/impl/StszBox.h"
+
+namespace qlix::kzm::impl {
+namespace {
+
+constexpr std::uint64_t kRowSize = 4;
+constexpr std::uint64_t kCountOffset = kFullBoxHeaderSize + 4;
+
+}  // namespace
+
+StszBox::StszBox(const BoxContext& context, std::uint32_t capacity)
+    : TableBox(context, fourCc("stsz"), kRowSize, capacity, kCountOffset),
+      sizes_(HeapOf<std::uint32_t>(context.allocator)) {}
+
+StszBox::StszBox(const BoxContext& context, const BoxHeader& header)
+    : TableBox(context, header), sizes_(HeapOf<std::uint32_t>(context.allocator)) {}
+
+void StszBox::addSample(std::uint32_t size) {
+    FieldWriter row;
+    row.u32(size);
+    appendRow(row);
+}
+
+void StszBox::readFields() {
+    FieldReader in = fields();
+    fixedSize_ = in.u32();
+    sampleCount_ = limited(in.u32(), ErrorCode::tableTooLarge);
+    sizes_.clear();
+    if (fixedSize_ != 0) return;
+    const std::vector<std::uint8_t> bytes = readRows(in, kRowSize, sampleCount_);
+    sizes_.reserve(bytes.size() / kRowSize);
+    for (std::size_t at = 0; at < bytes.size(); at += kRowSize) {
+        sizes_.push_back(torvo::kzs::loadU32(&bytes[at]));
+    }
+}
+
+}  // namespace qlix::kzm::impl
