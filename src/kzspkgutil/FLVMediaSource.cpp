@@ -38,6 +38,8 @@ boost::shared_ptr<KZSSampleDescriptor> describeVideo(const flv::Tag& tag, double
     info->handler = fourCc("vide");
     info->width = static_cast<std::uint32_t>(width);
     info->height = static_cast<std::uint32_t>(height);
+    // On purpose: fixed numbers, which no tag tells. Pinned by
+    // FLVMediaSourceTest.DescribesTheVideoTrack.
     info->horizontalResolution = 72.0F;
     info->verticalResolution = 72.0F;
     info->frameCount = 1;

@@ -35,6 +35,8 @@ kzs::FragmenterSample FLVSampleIterator::next() {
     sample.trackKind = trackKindOf(info_.tagType);
     sample.time = timeOf(info_);
     sample.isSkipped = info_.dataSize == 0;
+    // On purpose: by the frame type alone; what kind of AVC packet it is doesn't matter.
+    // Pinned by FLVSampleIteratorTest.HeadersAndEndsOfSequencesCountAsKeyFrames.
     sample.isKeyFrame = info_.tagType == kVideoTag && !sample.isSkipped &&
                         tag_.getVideoInfo().frameType == kKeyFrame;
     return sample;

@@ -20,6 +20,8 @@ public:
     FLVSurvey survey() {
         findSize();
         findKindsAndLastTag();
+        // On purpose: the time of the last tag, of any type, though an earlier one may be later.
+        // Pinned by FLVMediaSourceTest.TheDurationIsTheTimeOfTheLastTagOfAnyType.
         // Without any tag this fails: there is no tag whose time could be asked.
         found_.durationMs = static_cast<std::uint32_t>(tag_.getInfo().timestamp);
         return found_;
@@ -31,6 +33,8 @@ private:
         for (int count = 1; tags.hasNext(); ++count) {
             tag_ = tags.next();
             const FLVTagInfo info = tag_.getInfo();
+            // On purpose: a record further back is not found.
+            // Pinned by FLVMediaSourceTest.TheSizeIsLookedForInTheFirstTenTags.
             if (count > kTagsLookedAt || info.timestamp > 0) return;
             // On purpose: data in AMF3 isn't looked at, though it may hold the same record.
             // Pinned by FLVMediaSourceTest.DataInAMF3TellsNoSize.
