@@ -14,14 +14,20 @@ endif()
 
 # Flags that every target of ours gets; headers of others are system headers and stay silent.
 add_library(kz_flags INTERFACE)
-target_include_directories(kz_flags INTERFACE "${CMAKE_CURRENT_SOURCE_DIR}/src")
+target_include_directories(kz_flags INTERFACE
+    "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/src>"
+    "$<INSTALL_INTERFACE:include/kzspackager>")
 target_compile_definitions(kz_flags INTERFACE _FILE_OFFSET_BITS=64)
-target_compile_options(kz_flags INTERFACE
+# These are for our own sources, not for those who build on an installed tree.
+set(kz_options
     # Durations are rounded by a rule in plain double arithmetic: a fused multiply-add changes them.
     -ffp-contract=off
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow
     $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast>
     $<$<BOOL:${KZ_WERROR}>:-Werror>)
+foreach(option IN LISTS kz_options)
+    target_compile_options(kz_flags INTERFACE "$<BUILD_INTERFACE:${option}>")
+endforeach()
 if(KZ_SANITIZE)
     target_compile_options(kz_flags INTERFACE
         -fsanitize=${KZ_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

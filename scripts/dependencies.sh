@@ -6,7 +6,8 @@ set -euo pipefail
 build=(g++ cmake ninja-build ccache libboost-dev libboost-program-options-dev
     libboost-filesystem-dev libboost-iostreams-dev libboost-thread-dev
     libboost-date-time-dev libboost-system-dev libexpat1-dev libssl-dev)
-test=("${build[@]}" libgtest-dev libgmock-dev clang-format python3 openssl git)
+test=("${build[@]}" libgtest-dev libgmock-dev clang-format python3 openssl git
+    man-db groff-base pkgconf)
 bench=("${build[@]}" libbenchmark-dev python3 openssl strace)
 
 case "${1:-}" in

@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# Installs a built tree into a folder, runs what is there, and builds two programs against it.
+# usage: install_test.sh BUILD_FOLDER SOURCE_FOLDER
+set -euo pipefail
+build=$1 source=$2
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+prefix="$work/prefix"
+cmake --install "$build" --prefix "$prefix" >/dev/null
+
+"$prefix/bin/kzspackager" --version | grep -q '5,0,16,5016'
+for page in man1/kzspackager.1 man5/kzspackager_config.xml.5; do
+    test -s "$prefix/share/man/$page"
+done
+test -s "$prefix/share/bash-completion/completions/kzspackager"
+test -s "$prefix/share/zsh/vendor-completions/_kzspackager"
+test ! -e "$prefix/include/kzspackager/kzm/impl"
+
+cmake -S "$source/tests/install/consumer" -B "$work/cmake" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
+cmake --build "$work/cmake" >/dev/null
+test "$("$work/cmake/consumer")" = "3 entries"
+
+export PKG_CONFIG_PATH
+PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name kzspackager.pc)")
+flags=$(pkg-config --define-variable=prefix="$prefix" --cflags --libs kzspackager)
+# shellcheck disable=SC2086  # the flags are words
+c++ -std=c++17 "$source/tests/install/consumer/main.cpp" -o "$work/consumer" $flags
+test "$("$work/consumer")" = "3 entries"
+echo "installed, ran, and was built upon"
