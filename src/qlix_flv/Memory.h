@@ -59,7 +59,7 @@ std::shared_ptr<T> makeShared(const Memory& memory, Arguments&&... arguments) {
 
 /// A handle: an object made here and given out as a raw pointer, until `destroyHandle`.
 template <class T>
-T* createHandle(const Memory& memory, T&& content) {
+T* createHandle(const Memory& memory, T content) {
     MemoryAllocator<T> allocator(memory);
     T* place = allocator.allocate(1);
     return new (place) T(std::move(content));

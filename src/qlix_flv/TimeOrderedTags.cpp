@@ -5,6 +5,14 @@
 #include <new>
 
 namespace qlix::flv {
+namespace {
+
+bool goesBefore(const TagHeader& left, const TagHeader& right) {
+    if (left.timeMs != right.timeMs) return left.timeMs < right.timeMs;
+    return left.offset < right.offset;
+}
+
+}  // namespace
 
 TimeOrderedTags::TimeOrderedTags(Document& document, const TagSelection& selection)
     : walk_(document, selection, ReadAhead::Gap::readThrough),
@@ -73,16 +81,11 @@ bool TimeOrderedTags::isLookAheadUsedUp() const {
 }
 
 TimeOrderedTags::Headers& TimeOrderedTags::earliest() {
-    Headers* best = nullptr;
-    for (Headers& queue : queues_) {
-        if (queue.empty()) continue;
-        if (best == nullptr || queue.front().timeMs < best->front().timeMs ||
-            (queue.front().timeMs == best->front().timeMs &&
-             queue.front().offset < best->front().offset)) {
-            best = &queue;
-        }
-    }
-    return *best;
+    return *std::min_element(queues_.begin(), queues_.end(),
+                             [](const Headers& left, const Headers& right) {
+                                 if (left.empty() || right.empty()) return !left.empty();
+                                 return goesBefore(left.front(), right.front());
+                             });
 }
 
 }  // namespace qlix::flv

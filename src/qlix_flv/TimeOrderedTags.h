@@ -21,7 +21,7 @@ public:
     /// Headers held at most.
     static constexpr std::size_t kMostTags = 1000;
     /// Bytes of the file looked through at most, behind the oldest tag that is held.
-    static constexpr std::uint64_t kMostBytes = 4 * 1024 * 1024;
+    static constexpr std::uint64_t kMostBytes = std::uint64_t{4} * 1024 * 1024;
 
     TimeOrderedTags(Document& document, const TagSelection& selection);
 
