@@ -115,16 +115,28 @@ bool findBox(std::istream& stream, std::uint32_t type) {
     return false;
 }
 
-StreamExceptionGuard::StreamExceptionGuard(std::ios& stream, unsigned exceptions)
-    : stream_(stream), former_(static_cast<unsigned>(stream.exceptions())) {
-    stream_.exceptions(static_cast<std::ios::iostate>(exceptions));
+namespace {
+
+void restoreExceptions(std::ios& stream, unsigned setting) {
+    const auto former = static_cast<std::ios::iostate>(setting);
+    // Putting the setting back throws at once while one of its bits is up.
+    if ((stream.rdstate() & former) != 0) stream.clear(stream.rdstate() & ~former);
+    stream.exceptions(former);
 }
 
-StreamExceptionGuard::~StreamExceptionGuard() {
-    const auto former = static_cast<std::ios::iostate>(former_);
-    // Putting the setting back throws at once while one of its bits is up.
-    if ((stream_.rdstate() & former) != 0) stream_.clear(stream_.rdstate() & ~former);
-    stream_.exceptions(former);
+}  // namespace
+
+StreamExceptionGuard::StreamExceptionGuard(std::ios& stream, unsigned exceptions)
+    : stream_(stream), former_(static_cast<unsigned>(stream.exceptions())) {
+    try {
+        stream_.exceptions(static_cast<std::ios::iostate>(exceptions));
+    } catch (...) {
+        // A stream that has failed before throws here, and then there is no destructor.
+        restoreExceptions(stream_, former_);
+        throw;
+    }
 }
+
+StreamExceptionGuard::~StreamExceptionGuard() { restoreExceptions(stream_, former_); }
 
 }  // namespace torvo::kzs

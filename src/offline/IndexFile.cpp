@@ -1,0 +1,29 @@
+#include "offline/IndexFile.h"
+
+#include <utility>
+
+#include <boost/filesystem/path.hpp>
+#include <boost/format.hpp>
+
+#include "kzs/AfraWriter.h"
+#include "offline/OfflineException.h"
+#include "offline/OutputFile.h"
+
+namespace torvo::offline {
+
+IndexFile::IndexFile(std::string outputPath, std::string baseName)
+    : outputPath_(std::move(outputPath)), baseName_(std::move(baseName)) {}
+
+void IndexFile::writeIndexFile(const kzs::AfraIndex& index, std::uint32_t segment) {
+    if (const auto numbers = index.firstBreak()) {
+        throw InvalidAfraException("last fragment: " + std::to_string(numbers->first) +
+                                   " current fragment: " + std::to_string(numbers->second));
+    }
+    kzs::serialiseAfra(index, bytes_);
+    const std::string name = (boost::format("%1%Seg%2%%3%") % baseName_ % segment % ".kzx").str();
+    OutputFile file((boost::filesystem::path(outputPath_) / name).string());
+    file.write(bytes_);
+    file.close();
+}
+
+}  // namespace torvo::offline

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "kzs/AfraIndex.h"
+
+namespace torvo::offline {
+
+/// The index files of a run, one beside each segment file: "<base>Seg<n>.kzx".
+class IndexFile {
+public:
+    IndexFile(std::string outputPath, std::string baseName);
+
+    /// Writes the whole index as the file of `segment`, in the place of one that is there.
+    ///
+    /// Throws InvalidAfraException, before the file is touched, where two neighbours among the
+    /// global entries don't have consecutive fragment numbers, and std::ios_base::failure.
+    void writeIndexFile(const kzs::AfraIndex& index, std::uint32_t segment);
+
+private:
+    std::string outputPath_;
+    std::string baseName_;
+    std::vector<std::uint8_t> bytes_;  // kept for its capacity: the index is written over and over
+};
+
+}  // namespace torvo::offline
