@@ -4,6 +4,8 @@
 
 #include <boost/filesystem/exception.hpp>
 
+#include "flv/Exception.h"
+#include "hlx/HLXException.h"
 #include "kzm/Exception.h"
 #include "kzspkgutil/model/KZSPkgUtilException.h"
 #include "offline/OfflineException.h"
@@ -58,6 +60,10 @@ void translateFailures(const std::function<void()>& step) {
         step();
     } catch (const qlix::kzm::Exception& failure) {
         throwBoxLibraryFailure(failure.code());
+    } catch (const hlx::HLXException& failure) {
+        throwEncryptionLibraryFailure(failure.code());
+    } catch (const flv::Exception& failure) {
+        throwFlvLibraryFailure(failure.code());
     } catch (const kzspkgutil::KZSPkgUtilFileException& failure) {
         throwPipelineFileFailure(failure.code(), failure.path());
     } catch (const boost::filesystem::filesystem_error&) {
