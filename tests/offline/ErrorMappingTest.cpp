@@ -4,6 +4,8 @@
 #include <boost/filesystem/exception.hpp>
 #include <gtest/gtest.h>
 
+#include "flv/Exception.h"
+#include "hlx/HLXException.h"
 #include "kzm/Exception.h"
 #include "kzspkgutil/model/KZSPkgUtilException.h"
 #include "offline/ErrorMapping.h"
@@ -155,6 +157,20 @@ TEST(ErrorMappingTest, OtherStandardExceptionsKeepTheirText) {
 TEST(ErrorMappingTest, AFailureOfTheBoxLibraryGoesByItsNumber) {
     EXPECT_EQ(translated([] { throw qlix::kzm::Exception(27); }), kInvalidInput);
     EXPECT_EQ(translated([] { throw qlix::kzm::Exception(1024); }), kWriter);
+}
+
+TEST(ErrorMappingTest, AFailureOfTheFlvLibraryGoesByItsNumber) {
+    EXPECT_EQ(translated([] { throw flv::Exception(8); }),
+              (Failure{11, "Error when reading the FLV A TCMessage has corrupt data."}));
+    EXPECT_EQ(translated([] { throw flv::Exception(5); }),
+              (Failure{14, "Error when reading the FLV "}));
+}
+
+TEST(ErrorMappingTest, AFailureOfTheEncryptionLibraryGoesByItsNumber) {
+    EXPECT_EQ(translated([] { throw hlx::HLXException(0); }),
+              (Failure{14, "Error in the Encryption Library Certificate not Identified"}));
+    EXPECT_EQ(translated([] { throw hlx::HLXInvalidCertException(3, 1); }),
+              (Failure{11, "Error in the Encryption Library "}));
 }
 
 TEST(ErrorMappingTest, AFailedFileSystemCallIsALackOfAccess) {

@@ -1,0 +1,204 @@
+#include <cerrno>
+#include <filesystem>
+#include <sys/stat.h>
+
+#include <gtest/gtest.h>
+
+#include "kzs/base/FileStream.h"
+#include "kzs/base/IOStreamException.h"
+#include "support/TempDir.h"
+
+namespace torvo::kzs {
+namespace {
+
+using kz::test::Bytes;
+using kz::test::readFile;
+using kz::test::TempDir;
+using kz::test::text;
+
+constexpr std::uint32_t kReadOnly = openFlagsFor(false, false);
+constexpr std::uint32_t kNewFile = openFlagsFor(true, false);
+constexpr std::uint32_t kKeepFile = openFlagsFor(true, true);
+
+template <typename Call>
+std::int32_t codeThrownBy(Call call) {
+    try {
+        call();
+    } catch (const IOStreamException& e) {
+        return e.code();
+    }
+    return -1;
+}
+
+std::string readAll(FileStream& stream, std::uint64_t count) {
+    std::string out(count, '\0');
+    out.resize(stream.read(out.data(), count));
+    return out;
+}
+
+TEST(FileStreamTest, MakesItsOpenFlagsFromTwoChoices) {
+    EXPECT_EQ(openFlagsFor(false, false), 0x8000U);
+    EXPECT_EQ(openFlagsFor(false, true), 0x8000U);
+    EXPECT_EQ(openFlagsFor(true, false), 0x8302U);
+    EXPECT_EQ(openFlagsFor(true, true), 0x8102U);
+}
+
+TEST(FileStreamTest, DoesNotOpenWhenItIsMade) {
+    const TempDir dir;
+    FileStream stream(dir / "a", kNewFile);
+    EXPECT_FALSE(stream.isOpen());
+    EXPECT_FALSE(kz::test::fileExists(dir / "a"));
+}
+
+TEST(FileStreamTest, RefusesAMissingFileWithCode6AndItsPath) {
+    const TempDir dir;
+    FileStream stream(dir / "missing", kReadOnly);
+    try {
+        stream.open();
+        FAIL() << "a missing file was opened";
+    } catch (const IOStreamException& e) {
+        EXPECT_EQ(e.code(), 6);
+        EXPECT_EQ(e.path(), dir / "missing");
+        EXPECT_STREQ(e.what(), "");
+    }
+    EXPECT_FALSE(stream.isOpen());
+}
+
+TEST(FileStreamTest, MapsFiveSystemErrorsAndCallsTheOthers1) {
+    EXPECT_EQ(IOStreamException::codeOf(0), 0);
+    EXPECT_EQ(IOStreamException::codeOf(EINVAL), 2);
+    EXPECT_EQ(IOStreamException::codeOf(EACCES), 3);
+    EXPECT_EQ(IOStreamException::codeOf(EEXIST), 4);
+    EXPECT_EQ(IOStreamException::codeOf(EMFILE), 5);
+    EXPECT_EQ(IOStreamException::codeOf(ENOENT), 6);
+    EXPECT_EQ(IOStreamException::codeOf(EISDIR), 1);
+    EXPECT_EQ(IOStreamException::codeOf(ENOSPC), 1);
+}
+
+TEST(FileStreamTest, WritesSeeksAndReadsBack) {
+    const TempDir dir;
+    FileStream stream(dir / "a", kNewFile);
+    stream.open();
+    EXPECT_EQ(stream.write("abcdef", 6), 6U);
+    EXPECT_EQ(stream.tell(), 6U);
+    EXPECT_EQ(stream.seek(2, kFromStart), 2U);
+    EXPECT_EQ(readAll(stream, 2), "cd");
+    EXPECT_EQ(stream.seek(-1, kFromCurrent), 3U);
+    EXPECT_EQ(stream.seek(-2, kFromEnd), 4U);
+    EXPECT_EQ(readAll(stream, 100), "ef");
+    EXPECT_EQ(readAll(stream, 100), "");
+}
+
+TEST(FileStreamTest, CountsFromThePositionForAnyOtherOrigin) {
+    const TempDir dir;
+    FileStream stream(dir.write("a", text("abcdef")), kReadOnly);
+    stream.open();
+    stream.seek(2, kFromStart);
+    EXPECT_EQ(stream.seek(1, 7), 3U);
+    EXPECT_EQ(stream.seek(1, -1), 4U);
+}
+
+TEST(FileStreamTest, DoesNothingWithoutABufferOrACount) {
+    // The stream is closed: a call to the system would fail.
+    FileStream stream("nowhere", kReadOnly);
+    char buffer[1] = {'x'};
+    EXPECT_EQ(stream.read(nullptr, 5), 0U);
+    EXPECT_EQ(stream.read(buffer, 0), 0U);
+    EXPECT_EQ(stream.write(nullptr, 5), 0U);
+    EXPECT_EQ(stream.write(buffer, 0), 0U);
+    EXPECT_EQ(codeThrownBy([&] { stream.read(buffer, 1); }), 1);
+}
+
+TEST(FileStreamTest, TruncatesANewFileAndKeepsAnOldOneAsAsked) {
+    const TempDir dir;
+    const std::string path = dir.write("a", text("abcdef"));
+    {
+        FileStream stream(path, kKeepFile);
+        stream.open();
+        stream.write("XY", 2);
+    }
+    EXPECT_EQ(readFile(path), text("XYcdef"));
+    {
+        FileStream stream(path, kNewFile);
+        stream.open();
+    }
+    EXPECT_EQ(readFile(path), Bytes());
+}
+
+TEST(FileStreamTest, CutsAndExtendsAFile) {
+    const TempDir dir;
+    const std::string path = dir.write("a", text("abcdef"));
+    FileStream stream(path, kKeepFile);
+    stream.open();
+    stream.truncate(2);
+    EXPECT_EQ(readFile(path), text("ab"));
+    stream.truncate(3);
+    EXPECT_EQ(readFile(path), text("ab") + kz::test::u8(0));
+    EXPECT_EQ(stream.tell(), 0U);
+}
+
+TEST(FileStreamTest, FailsWhereTheFileIsNotWritable) {
+    const TempDir dir;
+    FileStream stream(dir.write("a", text("abc")), kReadOnly);
+    stream.open();
+    EXPECT_EQ(codeThrownBy([&] { stream.write("x", 1); }), 1);
+    EXPECT_EQ(codeThrownBy([&] { stream.truncate(1); }), 2);
+    EXPECT_EQ(codeThrownBy([&] { stream.seek(-1, kFromStart); }), 2);
+}
+
+TEST(FileStreamTest, FailsToReadAFolder) {
+    const TempDir dir;
+    FileStream stream(dir.path(), kReadOnly);
+    stream.open();
+    char buffer[4];
+    EXPECT_EQ(codeThrownBy([&] { stream.read(buffer, 4); }), 1);
+}
+
+TEST(FileStreamTest, TakesANewDescriptorWhenOpenedTwice) {
+    const TempDir dir;
+    FileStream stream(dir.write("a", text("abcdef")), kReadOnly);
+    const auto openFiles = [] {
+        const std::filesystem::directory_iterator folder("/proc/self/fd");
+        return std::distance(begin(folder), end(folder));
+    };
+    const auto before = openFiles();
+    stream.open();
+    stream.seek(3, kFromStart);
+    stream.open();
+    EXPECT_EQ(openFiles(), before + 2);
+    EXPECT_EQ(stream.tell(), 0U);
+}
+
+TEST(FileStreamTest, ClosesTwiceWithoutHarm) {
+    const TempDir dir;
+    FileStream stream(dir.write("a", text("abc")), kReadOnly);
+    stream.close();
+    stream.open();
+    stream.close();
+    stream.close();
+    EXPECT_FALSE(stream.isOpen());
+    EXPECT_EQ(stream.tell(), 0xFFFFFFFFFFFFFFFFU);
+}
+
+TEST(FileStreamTest, ReachesPositionsAbove4GiB) {
+    const TempDir dir;
+    const std::string path = dir / "sparse";
+    FileStream stream(path, kNewFile);
+    stream.open();
+    EXPECT_EQ(stream.seek(0x100000001, kFromStart), 0x100000001U);
+    stream.write("z", 1);
+    EXPECT_EQ(stream.seek(0, kFromEnd), 0x100000002U);
+    stream.truncate(1);
+}
+
+TEST(FileStreamTest, GivesNewFilesToEveryoneLessTheUmask) {
+    const TempDir dir;
+    const mode_t former = umask(022);
+    FileStream stream(dir / "a", kNewFile);
+    stream.open();
+    umask(former);
+    EXPECT_EQ(static_cast<unsigned>(std::filesystem::status(dir / "a").permissions()), 0644U);
+}
+
+}  // namespace
+}  // namespace torvo::kzs

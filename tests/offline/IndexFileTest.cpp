@@ -1,0 +1,90 @@
+#include <gtest/gtest.h>
+
+#include "offline/IndexFile.h"
+#include "offline/OfflineException.h"
+#include "support/TempDir.h"
+
+namespace torvo::offline {
+namespace {
+
+using kz::test::hexTable;
+using kz::test::TempDir;
+
+kzs::AfraEntry entry(std::uint32_t fragment) {
+    kzs::AfraEntry made;
+    made.time = kzs::milliseconds(4000);
+    made.segment = 2;
+    made.fragment = fragment;
+    made.afraOffset = 0x1234;
+    return made;
+}
+
+TEST(IndexFileTest, HoldsTheWholeIndexUnderTheNameOfItsSegment) {
+    const TempDir folder;
+    kzs::AfraIndex index;
+    index.globalEntries = {entry(7)};
+    IndexFile(folder.path(), "a%1%b").writeIndexFile(index, 12);
+    EXPECT_EQ(kz::test::readFile(folder / "a%1%bSeg12.kzx"), hexTable(R"(
+        0   00000039          size 57
+        4   61667261          'afra'
+        8   00000000          version 0, flags 0
+        12  e0                long ids, long offsets, global entries
+        13  000003e8          time scale
+        17  00000000          local entries
+        21  00000001          global entries
+        25  0000000000000fa0  time
+        33  00000002          segment
+        37  00000007          fragment
+        41  0000000000001234  offset
+        49  0000000000000000  offset from there
+    )"));
+}
+
+TEST(IndexFileTest, AnEmptyIndexHasNoGlobalCount) {
+    const TempDir folder;
+    IndexFile(folder.path(), "b").writeIndexFile(kzs::AfraIndex(), 1);
+    EXPECT_EQ(kz::test::readFile(folder / "bSeg1.kzx"), hexTable(R"(
+        0   00000015  size 21
+        4   61667261  'afra'
+        8   00000000  version 0, flags 0
+        12  c0        long ids, long offsets
+        13  000003e8  time scale
+        17  00000000  local entries
+    )"));
+}
+
+TEST(IndexFileTest, AShorterIndexLeavesNothingOfALongerOne) {
+    const TempDir folder;
+    IndexFile file(folder.path(), "b");
+    kzs::AfraIndex index;
+    index.globalEntries = {entry(1), entry(2), entry(3)};
+    file.writeIndexFile(index, 1);
+    index.globalEntries = {entry(1)};
+    file.writeIndexFile(index, 1);
+    EXPECT_EQ(kz::test::readFile(folder / "bSeg1.kzx").size(), 57U);
+}
+
+TEST(IndexFileTest, NumbersThatAreNotConsecutiveFailBeforeTheFileIsTouched) {
+    const TempDir folder;
+    for (const std::uint32_t second : {7U, 9U, 6U}) {
+        kzs::AfraIndex index;
+        index.globalEntries = {entry(6), entry(7), entry(second)};
+        try {
+            IndexFile(folder.path(), "b").writeIndexFile(index, 1);
+            FAIL();
+        } catch (const InvalidAfraException& failure) {
+            EXPECT_EQ(failure.text(), "Afra Index is corrupt: last fragment: 7 current fragment: " +
+                                          std::to_string(second));
+        }
+        EXPECT_FALSE(kz::test::fileExists(folder / "bSeg1.kzx"));
+    }
+}
+
+TEST(IndexFileTest, AFolderInTheFilesPlaceIsAStreamFailure) {
+    const TempDir folder;
+    EXPECT_THROW(IndexFile(folder / "none", "b").writeIndexFile(kzs::AfraIndex(), 1),
+                 std::ios_base::failure);
+}
+
+}  // namespace
+}  // namespace torvo::offline
