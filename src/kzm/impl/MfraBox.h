@@ -15,7 +15,7 @@ class MfraBox final : public Box {
 public:
     explicit MfraBox(const BoxContext& context);
 
-    RequiredChildren requiredChildren() const override;
+    RequiredChildren requiredChildren() const override { return requiredChildrenOf(type()); }
     void writeFields() override;
 };
 

@@ -2,17 +2,10 @@
 
 #include <utility>
 
+#include "kzm/impl/RootBox.h"
 #include "kzm/impl/TrafBox.h"
 
 namespace qlix::kzm::impl {
-namespace {
-
-const RequiredChild kRequired[] = {
-    {fourCc("mfhd"), RequiredChild::Kind::exactlyOne, nullptr},
-};
-
-}  // namespace
-
 MoofBox::MoofBox(const BoxContext& context, std::uint32_t sequenceNumber)
     : Box(context, fourCc("moof")) {
     addChild(makeBox<MfhdBox>(context, sequenceNumber));
@@ -27,8 +20,6 @@ void MoofBox::addChild(BoxPtr child) {
     Box::addChild(std::move(child));
 }
 
-RequiredChildren MoofBox::requiredChildren() const { return {kRequired, 1}; }
-
 void MoofBox::readChildren(RootBox* root, bool validate) {
     FragmentState state;
     state.moofStart = position();
@@ -39,6 +30,11 @@ void MoofBox::readChildren(RootBox* root, bool validate) {
         each->parse(root, validate);
         if (traf != nullptr) traf->setFragmentState(nullptr);
     }
+    // On purpose: a fragment that is the very first box of a file doesn't count for those behind
+    // it, since the search for the last fragment of a track never comes to the first child.
+    // Pinned by TrafBoxTest.AFragmentThatBeginsTheFileDoesNotCountForLaterOnes.
+    if (root == nullptr || root->childCount() == 0) return;
+    for (const auto& [trackId, end] : state.endOfTrack) root->setTrackEnd(trackId, end);
 }
 
 }  // namespace qlix::kzm::impl

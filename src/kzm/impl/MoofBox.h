@@ -18,7 +18,7 @@ public:
     MoofBox(const BoxContext& context, const BoxHeader& header);
 
     void addChild(BoxPtr child) override;
-    RequiredChildren requiredChildren() const override;
+    RequiredChildren requiredChildren() const override { return requiredChildrenOf(type()); }
     /// Parses the children and lets each `traf` know those before it, by whose data and times it
     /// goes on; with a root the end of each track becomes known to the fragments behind.
     void readChildren(RootBox* root, bool validate) override;

@@ -3,6 +3,10 @@
 #include <utility>
 
 #include "kzm/ErrorCode.h"
+#include "kzm/impl/MoovBox.h"
+#include "kzm/impl/MvexBox.h"
+#include "kzm/impl/RootBox.h"
+#include "kzm/impl/TrexBox.h"
 
 namespace qlix::kzm::impl {
 namespace {
@@ -10,10 +14,6 @@ namespace {
 using torvo::kzs::low32;
 
 constexpr std::uint64_t kLargestDataOffset = 0xFFFFFFFF;
-
-const RequiredChild kRequired[] = {
-    {fourCc("tfhd"), RequiredChild::Kind::exactlyOne, nullptr},
-};
 
 }  // namespace
 
@@ -32,8 +32,6 @@ void TrafBox::addChild(BoxPtr child) {
     if (auto* run = dynamic_cast<TrunBox*>(child.get())) lastRun_ = run;
     Box::addChild(std::move(child));
 }
-
-RequiredChildren TrafBox::requiredChildren() const { return {kRequired, 1}; }
 
 TrafBox::Added TrafBox::addSample(const FragmentSample& sample) {
     if (tfhd_->descriptionIndex() != sample.descriptionIndex) return Added::refused;
@@ -60,13 +58,14 @@ TrafBox::Added TrafBox::addSample(const FragmentSample& sample) {
 void TrafBox::readChildren(RootBox* root, bool validate) {
     if (tfhd_ == nullptr) raise(ErrorCode::noFragmentHeader);
     tfhd_->parse(root, validate);
+    if (root != nullptr) takeDefaults(*root);
 
     RunDefaults defaults;
     defaults.baseOffset = defaults.nextOffset = baseOffset();
     defaults.duration = tfhd_->defaultDuration();
     defaults.size = tfhd_->defaultSize();
     defaults.flags = tfhd_->defaultFlags();
-    std::uint64_t time = startTime();
+    std::uint64_t time = startTime(root);
     for (std::size_t i = 0; i < childCount(); ++i) {
         Box* each = heldChild(i);
         if (each == tfhd_) continue;
@@ -87,6 +86,17 @@ void TrafBox::readChildren(RootBox* root, bool validate) {
     }
 }
 
+/// What the header leaves out stands in the `trex` of the track.
+void TrafBox::takeDefaults(RootBox& root) {
+    Box* found = root.moov() != nullptr ? root.moov()->findChild(fourCc("mvex")) : nullptr;
+    auto* mvex = dynamic_cast<MvexBox*>(found);
+    if (mvex == nullptr) raise(ErrorCode::childrenMissing);
+    const TrexBox* trex = mvex->defaultsOf(tfhd_->trackId());
+    if (trex == nullptr) raise(ErrorCode::noTrackDefaults);
+    tfhd_->fillIn(trex->descriptionIndex(), trex->defaultDuration(), trex->defaultSize(),
+                  trex->defaultFlags());
+}
+
 /// Without a base of its own a `traf` counts from the `moof` if it says so or is the first one,
 /// else from where the data of the one before it ends.
 std::uint64_t TrafBox::baseOffset() const {
@@ -97,11 +107,14 @@ std::uint64_t TrafBox::baseOffset() const {
     return *state_->dataEnd;
 }
 
-/// A track goes on where its last fragment, or an earlier `traf` of this one, ended.
-std::uint64_t TrafBox::startTime() const {
-    if (state_ == nullptr) return 0;
-    const auto found = state_->endOfTrack.find(tfhd_->trackId());
-    return found == state_->endOfTrack.end() ? 0 : found->second;
+/// A track goes on where an earlier `traf` of this `moof`, or its last fragment, ended.
+std::uint64_t TrafBox::startTime(RootBox* root) const {
+    const std::uint32_t trackId = tfhd_->trackId();
+    if (state_ != nullptr) {
+        const auto found = state_->endOfTrack.find(trackId);
+        if (found != state_->endOfTrack.end()) return found->second;
+    }
+    return root != nullptr ? root->trackEnd(trackId) : 0;
 }
 
 }  // namespace qlix::kzm::impl

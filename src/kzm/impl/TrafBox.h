@@ -37,7 +37,7 @@ public:
     TrafBox(const BoxContext& context, const BoxHeader& header);
 
     void addChild(BoxPtr child) override;
-    RequiredChildren requiredChildren() const override;
+    RequiredChildren requiredChildren() const override { return requiredChildrenOf(type()); }
 
     /// Throws writeFailed when the sample lies too far from the base for the 32 bits of a data
     /// offset.
@@ -56,8 +56,9 @@ public:
     void readChildren(RootBox* root, bool validate) override;
 
 private:
+    void takeDefaults(RootBox& root);
     std::uint64_t baseOffset() const;
-    std::uint64_t startTime() const;
+    std::uint64_t startTime(RootBox* root) const;
 
     TfhdBox* tfhd_ = nullptr;     // one of the children
     TrunBox* lastRun_ = nullptr;  // one of the children
