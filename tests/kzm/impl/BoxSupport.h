@@ -1,6 +1,8 @@
 #pragma once
 
+#include <stdexcept>
 #include <utility>
+#include <vector>
 
 #include "kzm/impl/Box.h"
 #include "kzm/impl/BoxFactory.h"
@@ -73,6 +75,41 @@ inline Bytes written(WriteFile& file, qlix::kzm::impl::Box& box) {
     const Bytes out = file.bytes();
     if (out.size() != box.size()) throw std::logic_error("size() isn't the count of bytes written");
     return out;
+}
+
+/// The codes of reading `whole`, one box, cut to each length from 8 bytes on, with a size word
+/// that says so.
+inline std::vector<std::uint32_t> codesWhenCut(const Bytes& whole) {
+    std::vector<std::uint32_t> codes;
+    for (std::size_t cut = 8; cut < whole.size(); ++cut) {
+        ReadFile file(whole.cutTo(cut).patched(0, u32(cut)));
+        std::uint32_t code = 0;
+        try {
+            file.read();
+        } catch (const qlix::kzm::Exception& failure) {
+            code = failure.code();
+        }
+        codes.push_back(code);
+    }
+    return codes;
+}
+
+/// What `codesWhenCut` gives for a full box of `size` bytes that needs all of them.
+inline std::vector<std::uint32_t> codesOfAFullBox(std::size_t size) {
+    std::vector<std::uint32_t> codes(4, 28);
+    codes.resize(size - 8, 27);
+    return codes;
+}
+
+/// The box at the start of `bytes`, read as class T. The file outlives it.
+template <class T>
+qlix::kzm::impl::BoxPtrOf<T> readAs(ReadFile& file) {
+    qlix::kzm::impl::BoxPtr made = file.read();
+    auto* typed = dynamic_cast<T*>(made.get());
+    if (typed == nullptr) throw std::logic_error("the box is of another class");
+    const auto deleter = made.get_deleter();
+    static_cast<void>(made.release());
+    return qlix::kzm::impl::BoxPtrOf<T>(typed, deleter);
 }
 
 /// The number that `action` throws, 0 if it throws nothing.
