@@ -211,7 +211,7 @@ void KZSMediaWriter::writeVideo(const TCMessage& message) {
     policy_.writeVideoMessage(writer_, hintTrack_, videoTrack_, message);
 }
 
-void KZSMediaWriter::finishWriter() { writer_.flush(); }
+void KZSMediaWriter::flush() { writer_.flush(); }
 
 boost::shared_ptr<ITrackIterator> KZSMediaWriter::getTracks() const {
     return boost::make_shared<KZSTrackIterator>(std::vector<boost::shared_ptr<KZSTrack>>());

@@ -33,7 +33,9 @@ public:
     FragmentPosition writeUpTo(const MessageList& messages, const Timestamp& endTime,
                                const std::uint8_t* bootstrap, std::uint64_t bootstrapSize) override;
     /// Brings all that was written to the file, so that a failure shows. The writer stays usable.
-    void finishWriter() override;
+    void flush();
+    /// The end of the last file of a run: a flush.
+    void finishWriter() override { flush(); }
 
     /// Those of the source.
     MediaProperties getProperties() const override { return properties_; }

@@ -1,12 +1,31 @@
 #include "offline/PackagingFlow.h"
 
+#include "kzspkgutil/model/MemoryArena.h"
+#include "kzspkgutil/model/PackagerContext.h"
 #include "offline/ErrorMapping.h"
-#include "offline/OfflineException.h"
+#include "offline/PackageInput.h"
+#include "offline/PlainSetup.h"
+#include "offline/ProtectedFlow.h"
 
 namespace torvo::offline {
+namespace {
 
-void runPackagingFlow(const OptionMap&) {
-    translateFailures([] { throw InternalException(); });
+void runFlow(const OptionMap& options) {
+    kzspkgutil::RefCountedMemoryArena arena;
+    kzspkgutil::PackagerContext context(arena);
+    // The one place that tells a protected job from a plain one, and this alone decides.
+    if (textOf(options, "common-key").empty()) {
+        const PlainSetup setup(context);
+        packageInput(options, context, *setup.policy, setup.protectionHeader);
+    } else {
+        runProtectedFlow(options, context);
+    }
+}
+
+}  // namespace
+
+void runPackagingFlow(const OptionMap& options) {
+    translateFailures([&] { runFlow(options); });
 }
 
 }  // namespace torvo::offline

@@ -1,0 +1,105 @@
+#include "offline/PackageInput.h"
+
+#include <memory>
+
+#include <boost/filesystem/operations.hpp>
+
+#include "kzs/BootstrapWriter.h"
+#include "kzs/Manifest.h"
+#include "kzs/OnMetaDataBuilder.h"
+#include "kzs/XmlText.h"
+#include "kzs/base/FileStream.h"
+#include "kzspkgutil/FLVMediaSourceProvider.h"
+#include "kzspkgutil/model/IMediaSource.h"
+#include "offline/ManifestFile.h"
+#include "offline/OfflineException.h"
+#include "offline/OutputFile.h"
+#include "offline/OutputNames.h"
+#include "offline/PackagingRun.h"
+
+namespace torvo::offline {
+namespace {
+
+using kzspkgutil::IMediaSource;
+using kzspkgutil::IMediaSourceProvider;
+using kzspkgutil::IPackagerContext;
+
+/// What goes into the manifest must be able to come back from it; better told before any work
+/// than by the next run that merges into it.
+void requireManifestTexts(const OptionMap& options) {
+    kzs::requireXmlText(baseNameOf(options));
+    kzs::requireXmlText(textOf(options, "content-id"));
+}
+
+std::unique_ptr<IMediaSource> openSource(const OptionMap& options, IPackagerContext& context) {
+    const std::string& path = textOf(options, "input-file");
+    if (!boost::filesystem::exists(path)) throw FileNotFoundException(path);
+
+    const std::unique_ptr<IMediaSourceProvider> providers[] = {
+        std::make_unique<kzspkgutil::FLVMediaSourceProvider>()};
+    constexpr std::uint32_t kReadOnly = kzs::openFlagsFor(false, false);
+    for (const auto& provider : providers) {
+        if (provider->canOpen(path, kReadOnly)) {
+            return provider->createSource(context, path, kReadOnly);
+        }
+    }
+    throw InvalidInputFileException();
+}
+
+double durationSecondsOf(const IMediaSource& source) {
+    const kzspkgutil::MediaProperties properties = source.getProperties();
+    const auto duration = static_cast<double>(properties.duration);
+    return properties.timescale == 0 ? duration : duration / properties.timescale;
+}
+
+void writeExternalFiles(const OptionMap& options, const std::string& baseName,
+                        const std::vector<std::uint8_t>& protectionHeader,
+                        kzs::Rendition& rendition) {
+    const std::string bootstrapPath = pathInOutput(options, baseName + ".bootstrap");
+    OutputFile bootstrapFile(bootstrapPath);
+    bootstrapFile.write(kzs::serialiseBootstrap(rendition.bootstrap(), /*bodyOnly=*/false));
+    bootstrapFile.close();
+    rendition.bootstrapUrl = lastComponentOf(bootstrapPath);
+
+    if (protectionHeader.empty()) return;
+    const std::string headerPath = pathInOutput(options, baseName + ".drmmeta");
+    OutputFile headerFile(headerPath);
+    headerFile.write(protectionHeader);
+    headerFile.close();
+    rendition.drmUrl = lastComponentOf(headerPath);
+}
+
+}  // namespace
+
+void packageInput(const OptionMap& options, IPackagerContext& context,
+                  kzspkgutil::IKZSMediaWriterPolicy& policy,
+                  const std::vector<std::uint8_t>& protectionHeader) {
+    const std::string& inputPath = textOf(options, "input-file");
+    if (boost::filesystem::is_directory(inputPath)) throw PathNotFileException(inputPath);
+    requireManifestTexts(options);
+    makeOutputPath(options);
+    const std::string baseName = baseNameOf(options);
+
+    const std::unique_ptr<IMediaSource> source = openSource(options, context);
+    if (!source->getTracks()->hasNext()) throw NoSupportedTracksException(inputPath);
+    const double durationSeconds = durationSecondsOf(*source);
+
+    const std::unique_ptr<kzs::Manifest> manifest =
+        makeManifest(options, baseName, durationSeconds);
+    // On purpose: the base name is both. An entry of that name in a loaded manifest is replaced.
+    kzs::Rendition& rendition =
+        manifest->addMedia(baseName, baseName, numberOf(options, "bitrate"));
+    PackagingRun(options, context, policy, *source, rendition).run(durationSeconds * 1000.0);
+
+    rendition.metadata = kzs::buildOnMetaData(*source, /*hasSmpte=*/false, /*smpteOffset=*/0.0);
+    if (flagOf(options, "external-bootstrap")) {
+        writeExternalFiles(options, baseName, protectionHeader, rendition);
+    }
+    rendition.drmMetadata = protectionHeader;
+    // On purpose: in a plain run too, whose manifest then names the content.
+    rendition.drmContentId = textOf(options, "content-id");
+    manifest->commit();
+    writeManifestFile(*manifest, pathInOutput(options, baseName + ".kzd"));
+}
+
+}  // namespace torvo::offline

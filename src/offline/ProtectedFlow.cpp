@@ -1,0 +1,11 @@
+#include "offline/ProtectedFlow.h"
+
+#include "offline/OfflineException.h"
+
+namespace torvo::offline {
+
+void runProtectedFlow(const OptionMap&, kzspkgutil::IPackagerContext&) {
+    throw InternalException();
+}
+
+}  // namespace torvo::offline

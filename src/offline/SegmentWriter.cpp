@@ -1,0 +1,68 @@
+#include "offline/SegmentWriter.h"
+
+#include <boost/filesystem/operations.hpp>
+#include <boost/format.hpp>
+#include <boost/smart_ptr/make_shared.hpp>
+
+#include "kzs/base/FileStream.h"
+#include "kzspkgutil/KZMStream.h"
+#include "kzspkgutil/KZSMediaWriter.h"
+#include "offline/OfflineException.h"
+
+namespace torvo::offline {
+
+using kzspkgutil::KZMStream;
+using kzspkgutil::KZSMediaWriter;
+
+SegmentWriter::SegmentWriter(const std::string& baseName, const std::string& outputPath,
+                             std::uint32_t segmentDuration, kzspkgutil::IPackagerContext& context,
+                             kzspkgutil::IKZSMediaWriterPolicy& policy,
+                             const kzspkgutil::IMediaProperties& properties,
+                             const std::string& inputPath)
+    : segmentDuration_(segmentDuration),
+      outputPath_(outputPath),
+      baseName_(baseName),
+      context_(context),
+      properties_(properties),
+      policy_(policy),
+      inputPath_(inputPath) {
+    roll();
+}
+
+SegmentWriter::~SegmentWriter() = default;
+
+kzspkgutil::FragmentPosition SegmentWriter::writeUpTo(const kzspkgutil::MessageList& messages,
+                                                      const kzspkgutil::Timestamp& endTime,
+                                                      const std::uint8_t* bootstrap,
+                                                      std::uint64_t bootstrapSize) {
+    return writer_->writeUpTo(messages, endTime, bootstrap, bootstrapSize);
+}
+
+void SegmentWriter::finishWriter() { writer_->finishWriter(); }
+
+void SegmentWriter::advance(std::uint32_t milliseconds) {
+    elapsed_ += milliseconds;
+    // On purpose: more than, not as much as, and only now that the fragment is in the file. The
+    // last fragment may so leave a segment behind that has a header and nothing else.
+    if (segmentDuration_ != 0 && elapsed_ > segmentDuration_) roll();
+}
+
+void SegmentWriter::roll() {
+    // Closing swallows failures, so what is still on its way must fail here. On purpose the old
+    // file is not finished beyond that.
+    if (writer_) writer_->flush();
+
+    elapsed_ = 0;
+    ++segmentNumber_;
+    const std::string name = (boost::format("%1%Seg%2%.kzs") % baseName_ % segmentNumber_).str();
+    const std::string path = outputPath_ + "/" + name;
+    boost::system::error_code incomparable;
+    if (boost::filesystem::equivalent(path, inputPath_, incomparable)) {
+        throw CantAccessFileException(path);
+    }
+    writer_.reset();
+    stream_ = boost::make_shared<KZMStream>(path, kzs::openFlagsFor(true, false));
+    writer_ = boost::make_shared<KZSMediaWriter>(context_, policy_, properties_, *stream_);
+}
+
+}  // namespace torvo::offline

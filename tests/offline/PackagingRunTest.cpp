@@ -1,0 +1,190 @@
+#include <boost/smart_ptr/make_shared.hpp>
+#include <gtest/gtest.h>
+
+#include "kzs/Rendition.h"
+#include "kzs/base/ByteOrder.h"
+#include "kzspkgutil/KZSMediaWriterPolicy.h"
+#include "offline/OfflineException.h"
+#include "offline/OptionFixture.h"
+#include "offline/PackagingRun.h"
+#include "support/FlvBuilder.h"
+#include "support/Presentation.h"
+#include "support/TempDir.h"
+
+namespace torvo::offline {
+namespace {
+
+using kzs::FragmenterSample;
+using kzs::milliseconds;
+using kzspkgutil::BlockPtr;
+using kzspkgutil::KZSTrack;
+using kzspkgutil::TCMessage;
+
+/// MP3 samples at given times, the first of which is never 0 samples long.
+class AudioSource final : public kzspkgutil::IMediaSource {
+public:
+    AudioSource() {
+        auto info = boost::make_shared<kzspkgutil::AudioSampleDescInfo>();
+        info->format = kzs::fourCc(".mp3");
+        info->handler = kzs::fourCc("soun");
+        info->sampleRate = 44000;
+        info->channelCount = 2;
+        info->sampleSize = 16;
+        auto descriptor = boost::make_shared<kzspkgutil::KZSSampleDescriptor>();
+        descriptor->info = info;
+        descriptor->format = info->format;
+        track_ = boost::make_shared<KZSTrack>();
+        track_->handler = info->handler;
+        track_->language = "eng";
+        track_->timescale = 1000;
+        track_->descriptionCount = 1;
+        track_->descriptors = {descriptor};
+    }
+
+    kzspkgutil::MediaProperties getProperties() const override { return {}; }
+    boost::shared_ptr<kzspkgutil::ITrackIterator> getTracks() const override {
+        return boost::make_shared<kzspkgutil::KZSTrackIterator>(
+            std::vector<boost::shared_ptr<KZSTrack>>{track_});
+    }
+    boost::shared_ptr<kzspkgutil::ISampleIterator> getSampleIterator() override;
+
+    std::vector<std::uint64_t> times;
+    std::vector<std::uint64_t> skipped;   ///< times that are reported as skipped
+    std::vector<std::uint64_t> messages;  ///< the times whose data was asked for
+
+private:
+    boost::shared_ptr<KZSTrack> track_;
+};
+
+class AudioIterator final : public kzspkgutil::ISampleIterator {
+public:
+    explicit AudioIterator(AudioSource& source) : source_(source) {}
+
+    bool hasNext() override { return next_ < source_.times.size(); }
+
+    FragmenterSample next() override {
+        time_ = source_.times[next_++];
+        FragmenterSample sample;
+        sample.time = milliseconds(time_);
+        sample.isSkipped = std::count(source_.skipped.begin(), source_.skipped.end(), time_) > 0;
+        return sample;
+    }
+
+    TCMessage currentMessage() override {
+        source_.messages.push_back(time_);
+        const auto ms = static_cast<std::uint32_t>(time_);
+        const kz::test::Bytes image = kz::test::mp3Frame(ms, kz::test::pattern(8, ms)).image();
+        const BlockPtr block(new kzspkgutil::Block(image.size()));
+        std::copy(image.begin(), image.end(), block->data());
+        return TCMessage(milliseconds(time_), milliseconds(time_),
+                         static_cast<std::uint32_t>(image.size()), block, block->data() + 12, 8);
+    }
+
+private:
+    AudioSource& source_;
+    std::size_t next_ = 0;
+    std::uint64_t time_ = 0;
+};
+
+boost::shared_ptr<kzspkgutil::ISampleIterator> AudioSource::getSampleIterator() {
+    return boost::make_shared<AudioIterator>(*this);
+}
+
+class PackagingRunTest : public testing::Test {
+protected:
+    void run(double limitMs, const OptionMap& replaced = {}) {
+        OptionMap options = defaultsWith(replaced);
+        options["input-file"] = std::string("clip.flv");
+        options["output-path"] = folder.path();
+        kzspkgutil::KZSMediaWriterPolicy policy(context);
+        PackagingRun(options, context, policy, source, rendition).run(limitMs);
+    }
+
+    std::vector<kz::test::IndexRow> index(int segment = 1) const {
+        const std::string name = "clipSeg" + std::to_string(segment) + ".kzx";
+        return kz::test::readAfraBox(kz::test::readFile(folder / name)).global;
+    }
+
+    void samplesEvery(std::uint64_t stepMs, std::uint64_t lastMs) {
+        for (std::uint64_t ms = 0; ms <= lastMs; ms += stepMs) source.times.push_back(ms);
+    }
+
+    kz::test::TempDir folder;
+    kzspkgutil::RefCountedMemoryArena arena;
+    kzspkgutil::PackagerContext context{arena};
+    AudioSource source;
+    kzs::Rendition rendition;
+};
+
+TEST_F(PackagingRunTest, WithoutALimitAllSamplesArePackaged) {
+    samplesEvery(500, 20000);
+    run(0.0);
+    EXPECT_EQ(source.messages.size(), 41U);
+    EXPECT_EQ(index().size(), 6U);
+}
+
+TEST_F(PackagingRunTest, BehindTheLimitTheNextFragmentIsTheLastButOne) {
+    samplesEvery(500, 20000);
+    run(5000.0);
+    // 5500 is past the limit; the cut at 8000 ends the run at 8500, which only counts for the end.
+    EXPECT_EQ(source.messages.back(), 8000U);
+    ASSERT_EQ(index().size(), 3U);
+    EXPECT_EQ(index().back().time, 8000U);
+    EXPECT_EQ(rendition.bootstrap().currentMediaTime.value, 8500U);
+}
+
+TEST_F(PackagingRunTest, ASampleAtTheLimitIsNotPastIt) {
+    samplesEvery(500, 9000);
+    run(9000.0);
+    EXPECT_EQ(source.messages.size(), 19U);
+}
+
+TEST_F(PackagingRunTest, ALimitThatRoundingMadeSmallerThanTheLastSampleEndsTheRun) {
+    // 1.001 s in milliseconds is a little less than 1001, so the sample at 1001 counts as past it
+    // and the cut that it brings is the last: a second sample of that time is left out.
+    source.times = {0, 500, 1001, 1001};
+    run(1.001 * 1000.0, {{"fragment-duration", 1.0}});
+    EXPECT_EQ(source.messages, (std::vector<std::uint64_t>{0, 500, 1001}));
+}
+
+TEST_F(PackagingRunTest, SkippedSamplesAreNotReadButCanBeTheLast) {
+    samplesEvery(500, 5000);
+    source.skipped = {1000, 5000};
+    run(0.0);
+    EXPECT_EQ(source.messages.size(), 9U);
+    EXPECT_EQ(rendition.bootstrap().currentMediaTime.value, 5000U);
+}
+
+TEST_F(PackagingRunTest, AnInputWithoutSamplesLeavesASegmentAndAnIndex) {
+    run(0.0);
+    ASSERT_EQ(index().size(), 1U);
+    EXPECT_EQ(index()[0].fragment, 1U);  // without video the end is always a fragment
+    EXPECT_TRUE(kz::test::fileExists(folder / "clipSeg1.kzs"));
+}
+
+TEST_F(PackagingRunTest, TheIndexOfTheLastSegmentIsWrittenEvenIfThatHasNoFragment) {
+    samplesEvery(500, 7500);
+    run(0.0, {{"segment-duration", 7.0}});
+    EXPECT_EQ(index(1).size(), 2U);
+    EXPECT_EQ(index(2).size(), 2U);
+}
+
+TEST_F(PackagingRunTest, BadTimingIsRefused) {
+    EXPECT_THROW(run(0.0, {{"fragment-duration", 0.0}}), StdErrorException);
+}
+
+TEST_F(PackagingRunTest, AnEarlierSegmentDoesNotOverwriteTheInput) {
+    OptionMap options = defaultsWith({});
+    options["input-file"] = folder.write("aSeg2.kzs", kz::test::text("the input"));
+    options["output-path"] = folder.path();
+    options["output-manifest-file"] = std::string("a");
+    options["segment-duration"] = 1.0;
+    samplesEvery(500, 9000);
+    kzspkgutil::KZSMediaWriterPolicy policy(context);
+    PackagingRun packaging(options, context, policy, source, rendition);
+    EXPECT_THROW(packaging.run(0.0), CantAccessFileException);
+    EXPECT_EQ(kz::test::readFile(folder / "aSeg2.kzs"), kz::test::text("the input"));
+}
+
+}  // namespace
+}  // namespace torvo::offline
