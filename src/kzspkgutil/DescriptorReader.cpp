@@ -34,7 +34,7 @@ boost::shared_ptr<SampleDescInfo> readInfo(const qlix::kzm::SampleDescriptor& de
 
 boost::shared_ptr<KZSSampleDescriptor> readDescriptor(
     const qlix::kzm::SampleDescriptor& description) {
-    const auto descriptor = boost::make_shared<KZSSampleDescriptor>();
+    auto descriptor = boost::make_shared<KZSSampleDescriptor>();
     descriptor->info = readInfo(description);
     descriptor->info->format = description.format;
     descriptor->info->handler = description.handler;

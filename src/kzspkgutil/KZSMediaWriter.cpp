@@ -65,6 +65,7 @@ qlix::kzm::WriterConfiguration KZSMediaWriter::configuration() const {
     configuration.creationDate = currentDate();
     configuration.modificationDate = configuration.creationDate;
     configuration.rate = properties_.rate;
+    // On purpose: a movie is never louder than full volume, whatever its source says.
     configuration.volume = std::min(properties_.volume, 1.0F);
     configuration.timescale = properties_.timescale;
     // On purpose: cut to 32 bits, since the durations in the file come from its samples anyway.
@@ -152,6 +153,7 @@ FragmentPosition KZSMediaWriter::writeUpTo(const MessageList& messages, const Ti
 
 void KZSMediaWriter::writeMessage(const TCMessage& message, Timestamp& lastHeaderTime) {
     if (message.getTagSize() == 0) return;
+    // On purpose: the type byte as it stands; bits other than that of encryption make it unknown.
     switch (message.getTag()[0]) {
         case kAudioTag:
         case kEncryptedAudioTag:

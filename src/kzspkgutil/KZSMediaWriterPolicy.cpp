@@ -79,7 +79,7 @@ bool KZSMediaWriterPolicy::writeAudioHeader(KZSWriter& writer, const TrackHandle
 
 boost::shared_ptr<KZSSampleDescriptor> KZSMediaWriterPolicy::readVideoDescriptor(
     const qlix::kzm::SampleDescriptor& description) {
-    const auto descriptor = readDescriptor(description);
+    auto descriptor = readDescriptor(description);
     if (!descriptor->extraData.empty()) {
         videoDescriptions_.push_back({descriptor->format, descriptor->extraData});
     }
@@ -88,7 +88,7 @@ boost::shared_ptr<KZSSampleDescriptor> KZSMediaWriterPolicy::readVideoDescriptor
 
 boost::shared_ptr<KZSSampleDescriptor> KZSMediaWriterPolicy::readAudioDescriptor(
     const qlix::kzm::SampleDescriptor& description) {
-    const auto descriptor = readDescriptor(description);
+    auto descriptor = readDescriptor(description);
     if (!descriptor->extraData.empty()) {
         audioDescriptions_.push_back({descriptor->format, descriptor->extraData});
     }

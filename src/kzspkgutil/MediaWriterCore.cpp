@@ -55,7 +55,7 @@ qlix::kzm::SampleData sharedData(const TCMessage& message) {
 KZMSample hintSampleOf(const TCMessage& message, bool isSync) {
     KZMSample sample;
     sample.size = message.getTagSize();
-    sample.time = message.getSampleTime().value;
+    sample.time = message.getSampleTime().value;  // on purpose: cuts go by the message time
     sample.timescale = kTimescale;
     sample.handler = fourCc("hint");
     sample.kind = isSync ? qlix::kzm::kSyncSample : 0;
@@ -100,7 +100,7 @@ bool isSequenceHeader(const TCMessage& message) {
 TrackHandle MediaWriterCore::addTrack(KZSWriter& writer, const KZSTrack& track,
                                       std::uint32_t descriptionSpace, bool dataTrack) {
     constexpr char kHandlerName[] = "MainConcept";
-    constexpr std::uint32_t kDataEntries = 10;
+    constexpr std::uint32_t kDataEntries = 10;  // on purpose: where no count is known
 
     qlix::kzm::KZMTrackInfo info;
     info.handler = track.handler;
