@@ -31,4 +31,8 @@ void Co64Box::readFields() {
     }
 }
 
+std::unique_ptr<ChunkOffsetIterator> Co64Box::offsetsFrom(std::uint32_t chunk) const {
+    return std::make_unique<NormalChunkOffsetIterator>(offsets_, chunk);
+}
+
 }  // namespace qlix::kzm::impl

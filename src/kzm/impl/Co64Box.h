@@ -1,11 +1,12 @@
 #pragma once
 
+#include "kzm/impl/ChunkOffsetIterator.h"
 #include "kzm/impl/TableBox.h"
 
 namespace qlix::kzm::impl {
 
 /// Chunk offsets: rows of a file offset, 8 bytes each.
-class Co64Box final : public TableBox {
+class Co64Box final : public TableBox, public IChunkOffsetBox {
 public:
     /// Room for `capacity` chunks.
     Co64Box(const BoxContext& context, std::uint32_t capacity);
@@ -15,6 +16,7 @@ public:
     void readFields() override;
 
     const BoxVector<std::uint64_t>& offsets() const { return offsets_; }
+    std::unique_ptr<ChunkOffsetIterator> offsetsFrom(std::uint32_t chunk) const override;
 
     void addChunk(std::uint64_t offset);
 

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "kzm/impl/MvexBox.h"
 #include "kzm/impl/MvhdBox.h"
 #include "kzm/impl/TrakBox.h"
 
@@ -22,10 +23,13 @@ public:
     /// The tracks in file order; they are children.
     const std::vector<TrakBox*>& tracks() const { return tracks_; }
     /// Whether samples may stand in fragments.
-    bool isFragmented() const { return findChild(fourCc("mvex")) != nullptr; }
+    bool isFragmented() const { return mvex_ != nullptr; }
+    /// Null when there is none.
+    MvexBox* mvex() const { return mvex_; }
 
 private:
-    MvhdBox* mvhd_ = nullptr;  // a child
+    MvhdBox* mvhd_ = nullptr;  // both are children
+    MvexBox* mvex_ = nullptr;
     std::vector<TrakBox*> tracks_;
 };
 

@@ -21,4 +21,8 @@ void StcoBox::readFields() {
     }
 }
 
+std::unique_ptr<ChunkOffsetIterator> StcoBox::offsetsFrom(std::uint32_t chunk) const {
+    return std::make_unique<NormalChunkOffsetIterator>(offsets_, chunk);
+}
+
 }  // namespace qlix::kzm::impl

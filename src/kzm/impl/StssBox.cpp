@@ -31,4 +31,8 @@ void StssBox::readFields() {
     }
 }
 
+std::unique_ptr<SyncSampleIterator> StssBox::syncSamplesFrom(std::uint32_t sample) const {
+    return std::make_unique<SyncSampleIterator>(sampleNumbers_, sample);
+}
+
 }  // namespace qlix::kzm::impl

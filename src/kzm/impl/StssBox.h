@@ -1,11 +1,12 @@
 #pragma once
 
+#include "kzm/impl/SyncSampleIterator.h"
 #include "kzm/impl/TableBox.h"
 
 namespace qlix::kzm::impl {
 
 /// Sync samples: rows of a sample number, from 1, 4 bytes each.
-class StssBox final : public TableBox {
+class StssBox final : public TableBox, public ISyncSampleBox {
 public:
     /// Room for `capacity` samples.
     StssBox(const BoxContext& context, std::uint32_t capacity);
@@ -15,6 +16,7 @@ public:
     void readFields() override;
 
     const BoxVector<std::uint32_t>& sampleNumbers() const { return sampleNumbers_; }
+    std::unique_ptr<SyncSampleIterator> syncSamplesFrom(std::uint32_t sample) const override;
 
     void addSample(std::uint32_t number);
 

@@ -34,4 +34,12 @@ void StszBox::readFields() {
     }
 }
 
+std::unique_ptr<SampleSizeIterator> StszBox::sizesFrom(std::uint32_t sample) const {
+    if (fixedSize_ != 0) {
+        return std::make_unique<FixedSampleSizeIterator>(fixedSize_, sampleCount_, sample);
+    }
+    if (sizes_.empty()) return std::make_unique<NullSampleSizeIterator>();
+    return std::make_unique<NormalVariableSampleSizeIterator>(sizes_, sample);
+}
+
 }  // namespace qlix::kzm::impl

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kzm/impl/SampleSizeIterator.h"
 #include "kzm/impl/TableBox.h"
 
 namespace qlix::kzm::impl {
@@ -11,7 +12,7 @@ namespace qlix::kzm::impl {
 ///       12     4  fixed size         0: each sample has its own
 ///       16     4  sample count
 ///       20   4 n  sizes, only if the fixed size is 0
-class StszBox final : public TableBox {
+class StszBox final : public TableBox, public ISampleSizeBox {
 public:
     /// Room for `capacity` samples.
     StszBox(const BoxContext& context, std::uint32_t capacity);
@@ -26,6 +27,7 @@ public:
     std::uint32_t sampleCount() const { return sampleCount_; }
     /// Empty when there is a fixed size.
     const BoxVector<std::uint32_t>& sizes() const { return sizes_; }
+    std::unique_ptr<SampleSizeIterator> sizesFrom(std::uint32_t sample) const override;
 
     void addSample(std::uint32_t size);
 

@@ -88,8 +88,7 @@ void TrafBox::readChildren(RootBox* root, bool validate) {
 
 /// What the header leaves out stands in the `trex` of the track.
 void TrafBox::takeDefaults(RootBox& root) {
-    Box* found = root.moov() != nullptr ? root.moov()->findChild(fourCc("mvex")) : nullptr;
-    auto* mvex = dynamic_cast<MvexBox*>(found);
+    MvexBox* mvex = root.moov() != nullptr ? root.moov()->mvex() : nullptr;
     if (mvex == nullptr) raise(ErrorCode::childrenMissing);
     const TrexBox* trex = mvex->defaultsOf(tfhd_->trackId());
     if (trex == nullptr) raise(ErrorCode::noTrackDefaults);

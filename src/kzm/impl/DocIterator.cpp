@@ -1,0 +1,88 @@
+#include "kzm/impl/DocIterator.h"
+
+#include <limits>
+#include <utility>
+
+#include "kzm/ErrorCode.h"
+#include "kzm/impl/ElstBox.h"
+#include "kzm/impl/MediaIterCreator.h"
+#include "kzm/impl/PresentationIter.h"
+#include "kzm/impl/Reader.h"
+#include "kzm/impl/TrakBox.h"
+
+namespace qlix::kzm::impl {
+namespace {
+
+// In a fragmented movie the last edit may have no duration: its media was not there yet when the
+// list was written, and all of it is meant.
+std::vector<Edit> editsOf(const KZMTrack& track) {
+    const ElstBox* elst = track.trak().elst();
+    if (elst == nullptr) return {};
+    std::vector<Edit> edits = elst->edits();
+    if (!edits.empty() && track.isFragmented() && edits.back().duration == 0 &&
+        !edits.back().isEmpty()) {
+        edits.back().duration = std::numeric_limits<std::uint64_t>::max();
+    }
+    return edits;
+}
+
+std::unique_ptr<SampleIterator> iteratorOver(const std::shared_ptr<const KZMTrack>& track,
+                                             const TimeRange& range, bool ignoreEdits) {
+    MediaIterCreator creator(track, range.end);
+    std::vector<Edit> edits;
+    if (!ignoreEdits) edits = editsOf(*track);
+    // A list without rows edits nothing.
+    if (edits.empty()) return creator.create(range.start);
+    edits = clippedAt(edits, range.start, track->movieTimescale(), track->record().timescale);
+    return std::make_unique<PresentationIter>(std::move(edits), mediaTicks(*track, range.end),
+                                              std::move(creator));
+}
+
+// On purpose: compared exactly, whatever the two timescales.
+// Pinned by DocIteratorTest.ComparesTimesOfDifferentTimescalesExactly.
+bool isEarlier(const Sample& left, const Sample& right) {
+    return left.time * right.timescale < right.time * left.timescale;
+}
+
+}  // namespace
+
+DocIterator::DocIterator(std::shared_ptr<Reader> reader,
+                         const std::vector<std::shared_ptr<const KZMTrack>>& tracks,
+                         const TimeRange& range)
+    : reader_(std::move(reader)) {
+    for (const auto& track : tracks) {
+        // No honest track has more samples than the file has bytes: a damaged one ends there.
+        Source source{iteratorOver(track, range, reader_->ignoresEdits()), std::nullopt,
+                      reader_->fileSize()};
+        if (source.samples->hasSample()) sources_.push_back(std::move(source));
+    }
+    for (Source& source : sources_) refill(source);
+}
+
+void DocIterator::refill(Source& source) {
+    source.head.reset();
+    if (source.left == 0 || !source.samples->hasSample()) return;
+    --source.left;
+    source.head = source.samples->next();
+}
+
+bool DocIterator::hasSample() {
+    for (const Source& source : sources_) {
+        if (source.head) return true;
+    }
+    return false;
+}
+
+Sample DocIterator::next() {
+    Source* chosen = nullptr;
+    for (Source& source : sources_) {
+        if (!source.head) continue;
+        if (chosen == nullptr || isEarlier(*source.head, *chosen->head)) chosen = &source;
+    }
+    if (chosen == nullptr) raise(ErrorCode::badArgument);
+    Sample sample = std::move(*chosen->head);
+    refill(*chosen);
+    return sample;
+}
+
+}  // namespace qlix::kzm::impl
