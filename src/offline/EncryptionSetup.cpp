@@ -1,0 +1,105 @@
+#include "offline/EncryptionSetup.h"
+
+#include <cmath>
+
+#include "hlx/HLXLibrary.h"
+#include "kzs/DrmAdditionalHeader.h"
+#include "kzspkgutil/EncryptedPolicyFactory.h"
+#include "offline/InputBytes.h"
+#include "offline/OfflineException.h"
+#include "offline/OutputFile.h"
+#include "offline/OutputNames.h"
+
+namespace torvo::offline {
+namespace {
+
+constexpr std::uint32_t kKind = 0;
+constexpr std::uint32_t kHighestLevel = 2;
+constexpr double kTwoToThe63 = 9223372036854775808.0;
+
+bool fitsInteger(double value) { return std::isfinite(value) && std::fabs(value) < kTwoToThe63; }
+
+/// Truncated towards zero; the low 32 bits.
+std::uint32_t low32(double value) {
+    return static_cast<std::uint32_t>(static_cast<std::int64_t>(value));
+}
+
+std::uint32_t flagWord(const OptionMap& options, const std::string& key) {
+    return flagOf(options, key) ? 1 : 0;
+}
+
+std::uint32_t clearMilliseconds(const OptionMap& options) {
+    const double value = numberOf(options, "ms-unencrypted");
+    return fitsInteger(value) ? low32(value) : 0;
+}
+
+/// A negative level is a high unsigned number, and fails like one.
+std::uint32_t encryptLevel(const OptionMap& options) {
+    const double value = numberOf(options, "video-encrypt-level");
+    if (!fitsInteger(value) || low32(value) > kHighestLevel) {
+        throw EncryptionInfoException("invalid video-encrypt-level");
+    }
+    return low32(value);
+}
+
+kzs::EncryptorContext gatherSettings(const OptionMap& options) {
+    const std::string& contentId = textOf(options, "content-id");
+    hlx::SecretBytes commonKey = readSecretBytes(textOf(options, "common-key"));
+    const std::string& licenseServerUrl = textOf(options, "license-server-url");
+    const auto transportCertificate = readInputBytes(textOf(options, "transport-cert"));
+    const auto serverCertificate = readInputBytes(textOf(options, "license-server-cert"));
+    const auto credential = readSecretBytes(textOf(options, "packager-credential"));
+    const std::string& password = textOf(options, "credential-pwd");
+    auto policy = readInputBytes(textOf(options, "policy-file"));
+    hlx::EncryptionFlags flags{};
+    flags[0] = flagWord(options, "encrypt-video");
+    flags[1] = flagWord(options, "encrypt-audio");
+    flags[2] = flagWord(options, "encrypt-data");
+    flags[4] = clearMilliseconds(options);
+    // On purpose: tested last, so that a missing file is told before a bad level.
+    flags[3] = encryptLevel(options);
+    return kzs::EncryptorContext(kKind, contentId, std::move(commonKey), licenseServerUrl,
+                                 transportCertificate, serverCertificate, credential, password,
+                                 std::move(policy), flags, /*secondCredential=*/{},
+                                 /*secondPassword=*/"", /*extraCertificateCount=*/0,
+                                 /*extraCertificates=*/nullptr);
+}
+
+std::vector<std::uint8_t> makeAdditionalHeader(const std::string& metadataText) {
+    kzs::DrmAdditionalHeader header;
+    header.metadata = metadataText;
+    return kzs::bytesOf(header);
+}
+
+}  // namespace
+
+EncryptionSetup::EncryptionSetup(const OptionMap& options, kzspkgutil::IPackagerContext& context)
+    : context_(&context), encryptorContext_(gatherSettings(options)) {
+    policy_ = kzspkgutil::makeEncryptedPolicy(*context_, encryptorContext_);
+    metadata_ = policy_->metadata();
+    metadataText_ = policy_->metadataText();
+    additionalHeader_ = makeAdditionalHeader(metadataText_);
+}
+
+// The library stops before the fields go: their handles can still be given back after that.
+EncryptionSetup::~EncryptionSetup() { hlx::stopLibrary(); }
+
+bool EncryptionSetup::certificateStaysValid(std::string& dateText) const {
+    return encryptorContext_.certificateStaysValid(encryptorContext_.transportCertificate(),
+                                                   dateText);
+}
+
+std::string certificateWarning(const std::string& dateText) {
+    // On purpose: no blanks in front of "(or" and of "Please".
+    return "Orvane Media Server content protection certificates shall expire(or has expired) "
+           "w.e.f from " +
+           dateText + ".Please install updated certificates.\n";
+}
+
+void writeDrmMetadataFile(const OptionMap& options, const EncryptionSetup& setup) {
+    OutputFile file(pathInOutput(options, "drmmetadata.bin"));
+    file.write(setup.metadata());
+    file.close();
+}
+
+}  // namespace torvo::offline
