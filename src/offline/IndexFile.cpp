@@ -21,9 +21,15 @@ void IndexFile::writeIndexFile(const kzs::AfraIndex& index, std::uint32_t segmen
     }
     kzs::serialiseAfra(index, bytes_);
     const std::string name = (boost::format("%1%Seg%2%%3%") % baseName_ % segment % ".kzx").str();
-    OutputFile file((boost::filesystem::path(outputPath_) / name).string());
+    // A file that this object made and that doesn't shrink is written over where it stands: file
+    // systems bring an emptied one to the disk at once, which takes longer than all the rest.
+    const bool grows = segment == writtenSegment_ && bytes_.size() >= writtenBytes_;
+    OutputFile file((boost::filesystem::path(outputPath_) / name).string(),
+                    grows ? OutputFile::Former::isOverwritten : OutputFile::Former::isDropped);
     file.write(bytes_);
     file.close();
+    writtenSegment_ = segment;
+    writtenBytes_ = bytes_.size();
 }
 
 }  // namespace torvo::offline

@@ -23,6 +23,8 @@ private:
     std::string outputPath_;
     std::string baseName_;
     std::vector<std::uint8_t> bytes_;  // kept for its capacity: the index is written over and over
+    std::uint32_t writtenSegment_ = 0;
+    std::size_t writtenBytes_ = 0;  // of that segment's file
 };
 
 }  // namespace torvo::offline

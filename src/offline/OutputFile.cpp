@@ -2,9 +2,13 @@
 
 namespace torvo::offline {
 
-OutputFile::OutputFile(const std::string& path) {
+OutputFile::OutputFile(const std::string& path, Former former) {
+    if (former == Former::isOverwritten) {
+        stream_.open(path, std::ios::binary | std::ios::in | std::ios::out);
+        if (!stream_.is_open()) stream_.clear();  // nothing is there: made below
+    }
     stream_.exceptions(std::ios::failbit | std::ios::badbit);
-    stream_.open(path, std::ios::binary | std::ios::trunc);
+    if (!stream_.is_open()) stream_.open(path, std::ios::binary | std::ios::trunc);
 }
 
 void OutputFile::write(const void* data, std::size_t size) {

@@ -13,8 +13,12 @@ namespace torvo::offline {
 /// unchecked what it has not written yet.
 class OutputFile {
 public:
-    /// Makes the file, or empties the one that is there.
-    explicit OutputFile(const std::string& path);
+    enum class Former {
+        isDropped,      ///< the file is made, or the one that is there emptied
+        isOverwritten,  ///< the one that is there keeps what is not written over, if there is one
+    };
+
+    explicit OutputFile(const std::string& path, Former former = Former::isDropped);
 
     void write(const void* data, std::size_t size);
     void write(const std::vector<std::uint8_t>& bytes) { write(bytes.data(), bytes.size()); }

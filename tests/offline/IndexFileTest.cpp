@@ -64,6 +64,33 @@ TEST(IndexFileTest, AShorterIndexLeavesNothingOfALongerOne) {
     EXPECT_EQ(kz::test::readFile(folder / "bSeg1.kzx").size(), 57U);
 }
 
+TEST(IndexFileTest, AFileOfAnEarlierRunIsDroppedWhateverItsSize) {
+    const TempDir folder;
+    folder.write("bSeg1.kzx", kz::test::fill(1000, 1));
+    folder.write("bSeg2.kzx", kz::test::fill(1000, 1));
+    kzs::AfraIndex index;
+    index.globalEntries = {entry(1)};
+    IndexFile file(folder.path(), "b");
+    file.writeIndexFile(index, 1);
+    file.writeIndexFile(index, 1);
+    file.writeIndexFile(index, 2);
+    EXPECT_EQ(kz::test::readFile(folder / "bSeg1.kzx").size(), 57U);
+    EXPECT_EQ(kz::test::readFile(folder / "bSeg2.kzx").size(), 57U);
+}
+
+TEST(IndexFileTest, AGrowingIndexIsWhollyRewritten) {
+    const TempDir folder;
+    IndexFile file(folder.path(), "b");
+    kzs::AfraIndex index;
+    index.globalEntries = {entry(1)};
+    file.writeIndexFile(index, 1);
+    index.globalEntries = {entry(2), entry(3)};
+    file.writeIndexFile(index, 1);
+    IndexFile(folder.path(), "other").writeIndexFile(index, 1);
+    EXPECT_EQ(kz::test::readFile(folder / "bSeg1.kzx"),
+              kz::test::readFile(folder / "otherSeg1.kzx"));
+}
+
 TEST(IndexFileTest, NumbersThatAreNotConsecutiveFailBeforeTheFileIsTouched) {
     const TempDir folder;
     for (const std::uint32_t second : {7U, 9U, 6U}) {

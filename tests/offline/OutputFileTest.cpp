@@ -21,6 +21,25 @@ TEST(OutputFileTest, ReplacesWhatIsThere) {
     EXPECT_EQ(kz::test::readFile(path), text("ab") + kz::test::raw({0, 1}));
 }
 
+TEST(OutputFileTest, OverwritesWhatIsThereWhereAsked) {
+    const TempDir folder;
+    const std::string path = folder.write("file", text("abcdef"));
+    OutputFile file(path, OutputFile::Former::isOverwritten);
+    file.write(std::string("12"));
+    file.close();
+    EXPECT_EQ(kz::test::readFile(path), text("12cdef"));
+}
+
+TEST(OutputFileTest, MakesAFileToOverwriteThatIsNotThere) {
+    const TempDir folder;
+    OutputFile file(folder / "file", OutputFile::Former::isOverwritten);
+    file.write(std::string("12"));
+    file.close();
+    EXPECT_EQ(kz::test::readFile(folder / "file"), text("12"));
+    EXPECT_THROW(OutputFile(folder.path(), OutputFile::Former::isOverwritten),
+                 std::ios_base::failure);
+}
+
 TEST(OutputFileTest, AFolderInItsPlaceIsAFailure) {
     const TempDir folder;
     EXPECT_THROW(OutputFile(folder.path()), std::ios_base::failure);
