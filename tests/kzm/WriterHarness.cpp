@@ -83,27 +83,27 @@ std::vector<std::string> topTypes(const Bytes& file) {
     return out;
 }
 
-bool operator==(const EditRow& left, const EditRow& right) {
+bool operator==(const EditListRow& left, const EditListRow& right) {
     return left.duration == right.duration && left.mediaTime == right.mediaTime;
 }
 
-std::ostream& operator<<(std::ostream& out, const EditRow& row) {
+std::ostream& operator<<(std::ostream& out, const EditListRow& row) {
     return out << '(' << row.duration << ", " << row.mediaTime << ')';
 }
 
-bool operator==(const RunRow& left, const RunRow& right) {
+bool operator==(const RunListRow& left, const RunListRow& right) {
     return left.duration == right.duration && left.size == right.size &&
            left.flags == right.flags && left.compositionOffset == right.compositionOffset;
 }
 
-std::ostream& operator<<(std::ostream& out, const RunRow& row) {
+std::ostream& operator<<(std::ostream& out, const RunListRow& row) {
     return out << '(' << row.duration << ", " << row.size << ", 0x" << std::hex << row.flags
                << std::dec << ", " << row.compositionOffset << ')';
 }
 
-std::vector<EditRow> editsOf(const Bytes& file, std::size_t track) {
+std::vector<EditListRow> editsOf(const Bytes& file, std::size_t track) {
     const BoxSpan list = boxAt(file, "moov/trak[" + std::to_string(track) + "]/edts/elst");
-    std::vector<EditRow> out;
+    std::vector<EditListRow> out;
     std::size_t at = list.offset + 16;
     for (std::uint32_t left = u32At(file, list.offset + 12); left > 0; --left, at += 20) {
         out.push_back({u64At(file, at), static_cast<std::int64_t>(u64At(file, at + 8))});
@@ -112,9 +112,9 @@ std::vector<EditRow> editsOf(const Bytes& file, std::size_t track) {
     return out;
 }
 
-std::vector<RunRow> rowsOf(const Bytes& file, std::size_t fragment, std::uint32_t trackId) {
+std::vector<RunListRow> rowsOf(const Bytes& file, std::size_t fragment, std::uint32_t trackId) {
     const BoxSpan moof = boxAt(file, "moof[" + std::to_string(fragment) + "]");
-    std::vector<RunRow> out;
+    std::vector<RunListRow> out;
     for (const BoxSpan& traf : boxesIn(file, moof.offset + 8, moof.end())) {
         if (traf.type != "traf" || u32At(file, traf.offset + 20) != trackId) continue;
         for (const BoxSpan& run : boxesIn(file, traf.offset + 8, traf.end())) {
@@ -169,7 +169,8 @@ KZMSample sampleOf(std::string_view handler, std::uint64_t time, std::uint32_t t
 
 Segment::Segment(const Options& options)
     : writer(stream, configurationOf(options), nullptr), timeOrigin_(options.timeOrigin) {
-    const KZMTrackParams params = trackParams(options.maxEdits);
+    KZMTrackParams params = trackParams(options.maxEdits);
+    params.initialEntries = options.descriptionSlots;
     videoTrack = writer.addTrack(trackInfo("vide", options.videoTimescale), params, "name", 5);
     audioTrack = writer.addTrack(trackInfo("soun", 1000), params, "name", 5);
     const TrackHandle media[] = {videoTrack, audioTrack};

@@ -37,30 +37,47 @@ std::uint32_t u32At(const Bytes& file, std::size_t offset);
 std::uint64_t u64At(const Bytes& file, std::size_t offset);
 
 /// A row of an edit list.
-struct EditRow {
+struct EditListRow {
     std::uint64_t duration;
     std::int64_t mediaTime;
 };
-bool operator==(const EditRow& left, const EditRow& right);
-std::ostream& operator<<(std::ostream& out, const EditRow& row);
+bool operator==(const EditListRow& left, const EditListRow& right);
+std::ostream& operator<<(std::ostream& out, const EditListRow& row);
 
 /// A row of a `trun`.
-struct RunRow {
+struct RunListRow {
     std::uint32_t duration;
     std::uint32_t size;
     std::uint32_t flags;
     std::uint32_t compositionOffset;
 };
-bool operator==(const RunRow& left, const RunRow& right);
-std::ostream& operator<<(std::ostream& out, const RunRow& row);
+bool operator==(const RunListRow& left, const RunListRow& right);
+std::ostream& operator<<(std::ostream& out, const RunListRow& row);
 
 /// Rows that the edit list of a track counts; tracks count from 0.
-std::vector<EditRow> editsOf(const Bytes& file, std::size_t track);
+std::vector<EditListRow> editsOf(const Bytes& file, std::size_t track);
 /// Rows of all runs of the track with an id in the `moof` that comes as the n-th, from 0; empty
 /// without a `traf`.
-std::vector<RunRow> rowsOf(const Bytes& file, std::size_t fragment, std::uint32_t trackId);
+std::vector<RunListRow> rowsOf(const Bytes& file, std::size_t fragment, std::uint32_t trackId);
 
-/// Codes of what is thrown; 0 for nothing.
+/// A file in memory that notes what is written to it.
+class RecordingStream : public MemoryStream {
+public:
+    struct Write {
+        std::uint64_t position;
+        std::uint64_t size;
+        const void* bytes;
+    };
+
+    std::uint64_t write(const void* buffer, std::uint64_t wanted) override {
+        log.push_back({position, wanted, buffer});
+        return MemoryStream::write(buffer, wanted);
+    }
+
+    std::vector<Write> log;
+};
+
+/// The code of what is thrown; 0 for nothing.
 template <class Action>
 std::uint32_t failureOf(Action action) {
     try {
@@ -106,6 +123,7 @@ public:
         std::uint32_t hintTimescale = 1000;
         std::uint32_t maxEdits = 5;
         std::uint32_t timeOrigin = 0;
+        std::uint32_t descriptionSlots = 1;
         bool describe = true;
     };
 
@@ -123,8 +141,8 @@ public:
 
     const Bytes& file() const { return stream.content; }
 
-    MemoryStream stream;
-    SamplePool pool;
+    SamplePool pool;  // outlives the writer, which gives samples back when it goes
+    RecordingStream stream;
     qlix::kzm::KZSWriter writer;
     qlix::kzm::TrackHandle videoTrack;
     qlix::kzm::TrackHandle audioTrack;

@@ -25,7 +25,7 @@ void EditTracker::noteFirst(std::int64_t time, bool isMarker) {
 std::int64_t EditTracker::addSample(std::int64_t time) {
     if (track_.inPause) {
         // On purpose: the duration of the last sample stays what it was before the gap.
-        // Pinned by EditTrackerTest.ASampleBehindAGapKeepsTheLastDuration.
+        // Pinned by SegmentEditsTest.ASampleBehindAGapKeepsTheLastDuration.
         track_.inPause = false;
         const std::int64_t gap = time - track_.editStart;
         track_.trak->elst()->addEdit(toMovie(gap), kEmptyEdit);

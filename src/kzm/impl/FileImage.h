@@ -16,7 +16,7 @@ namespace qlix::kzm::impl {
 class FileImage final : public QlixKZMStream {
 public:
     /// Changes nearer to each other than this go out as one write, with the bytes between.
-    static constexpr std::size_t kJoinDistance = 4096;
+    static constexpr std::size_t kJoinDistance = 16384;
 
     /// `file` outlives the image.
     explicit FileImage(QlixKZMStream& file) : file_(file) {}

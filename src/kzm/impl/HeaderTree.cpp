@@ -14,7 +14,7 @@ constexpr std::uint32_t kCompatibleBrands[] = {fourCc("isom"), fourCc("mp42"), f
 
 MovieHeader movieHeaderOf(const WriterConfiguration& configuration) {
     // On purpose: the configured duration isn't taken over, samples make it.
-    // Pinned by KZSWriterTest.StartsWithADurationOfZero.
+    // Pinned by SegmentEditsTest.TheHeadersOfAnEmptyFileCountNoRows.
     MovieHeader out;
     out.creationDate = configuration.creationDate;
     out.modificationDate = configuration.modificationDate;

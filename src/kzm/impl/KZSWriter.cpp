@@ -129,7 +129,7 @@ std::uint64_t KZSWriter::place(TrackState& target, const KZMSample& sample, Samp
     take(target, timeIn(target, sample), pending);
     if (afraEntry && afra_ && !pending.isMarker()) {
         // On purpose: the index keeps the origin that the samples lose.
-        // Pinned by KZSWriterTest.TakesTheTimeOriginOffTheSamplesAndLeavesItInTheIndex.
+        // Pinned by SegmentEditsTest.TakesTheTimeOriginOffTheSamplesAndLeavesItInTheIndex.
         afra_->addEntry(rescale(sample.time, sample.timescale, afra_->timescale()),
                         pending.offset - mdat_->position());
     }

@@ -257,7 +257,7 @@ void Writer::addToMoof(TrackState& track, std::uint64_t time, const PendingSampl
     ++track.sampleNumber;
     if (writesIndex_ && (sample.kind & 0xFF) == kSyncSample) {
         // On purpose: the run's number is counted one up once more; players search by time.
-        // Pinned by WriterTest.EndsAFragmentedFileWithItsRandomAccessPoints.
+        // Pinned by PlainWriterTest.EndsAFragmentedFileWithItsRandomAccessPoints.
         track.randomAccess.push_back({time + static_cast<std::uint64_t>(track.gapTotal), 0,
                                       track.id, track.trunNumber + 1, track.sampleNumber});
     }

@@ -55,13 +55,13 @@ TEST(FileImageTest, JoinsChangesThatLieCloseTogether) {
     test.flushed();
     test.file.memory.writes = 0;
     test.put(100, u32(7));
-    test.put(100 + 4 + 4096, u32(8));
-    test.put(100 + 4 + 4096 + 4 + 4097, u32(9));
+    test.put(100 + 4 + 16384, u32(8));
+    test.put(100 + 4 + 16384 + 4 + 16385, u32(9));
     const Bytes& file = test.flushed();
     EXPECT_EQ(test.file.memory.writes, 2U);
     EXPECT_EQ(file.slice(100, 4), u32(7));
-    EXPECT_EQ(file.slice(4200, 4), u32(8));
-    EXPECT_EQ(file.slice(8301, 4), u32(9));
+    EXPECT_EQ(file.slice(16488, 4), u32(8));
+    EXPECT_EQ(file.slice(32877, 4), u32(9));
 }
 
 TEST(FileImageTest, JoinsTwoChangesByOneBetweenThem) {
@@ -70,14 +70,14 @@ TEST(FileImageTest, JoinsTwoChangesByOneBetweenThem) {
     test.flushed();
     test.file.memory.writes = 0;
     test.put(0, u32(7));
-    test.put(6000, u32(8));
-    test.put(3000, u32(9));
+    test.put(17000, u32(8));
+    test.put(9000, u32(9));
     const Bytes& file = test.flushed();
     EXPECT_EQ(test.file.memory.writes, 1U);
     EXPECT_EQ(file.slice(0, 4), u32(7));
-    EXPECT_EQ(file.slice(3000, 4), u32(9));
-    EXPECT_EQ(file.slice(6000, 4), u32(8));
-    EXPECT_EQ(file.slice(6004, 4), fill(4, 1));
+    EXPECT_EQ(file.slice(9000, 4), u32(9));
+    EXPECT_EQ(file.slice(17000, 4), u32(8));
+    EXPECT_EQ(file.slice(17004, 4), fill(4, 1));
 }
 
 TEST(FileImageTest, WritesChangesInTheOrderInWhichTheyCame) {

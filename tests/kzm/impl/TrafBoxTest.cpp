@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
 #include "kzm/impl/BoxSupport.h"
+#include "kzm/impl/HeaderFixtures.h"
 #include "kzm/impl/MoofBox.h"
+#include "kzm/impl/RootBox.h"
 #include "kzm/impl/TrafBox.h"
 
 namespace qlix::kzm::impl {
@@ -155,6 +157,92 @@ TEST(TrafBoxTest, ASecondOneOfATrackInAMoofGoesOnInTime) {
     const BoxPtr moof = file.read();
     EXPECT_EQ(runAt(trafAt(*moof, 1), 1).sample(0).decodeTime, 0U);
     EXPECT_EQ(runAt(trafAt(*moof, 2), 1).sample(0).decodeTime, 10U);
+}
+
+/// A movie of track 1 whose `trex` gives description 3, duration 10, size 5 and flags 7.
+Bytes fragmentedMovie() {
+    const Bytes mvex = box("mvex", fullBox("trex", 0, 0, u32(1), u32(3), u32(10), u32(5), u32(7)));
+    return movie(track("vide", {}) + mvex);
+}
+
+/// A fragment with one `traf` of a track and what stands behind its `tfhd`.
+Bytes fragment(std::uint32_t trackId, const Bytes& runs, std::uint32_t flags = 0,
+               const Bytes& fields = {}) {
+    return box("moof", fullBox("mfhd", 0, 0, u32(1)),
+               box("traf", fullBox("tfhd", 0, flags, u32(trackId), fields), runs));
+}
+
+/// A run of samples of the defaults alone.
+Bytes plainRun(std::uint32_t count) { return fullBox("trun", 0, 0, u32(count)); }
+
+/// A document whose boxes were all read.
+class ReadDocument {
+public:
+    explicit ReadDocument(const Bytes& bytes) : file_(bytes), root(file_.context()) {
+        while (root.child(root.childCount()) != nullptr) {
+        }
+    }
+    TrafBox& traf(std::size_t child) { return trafAt(*root.heldChild(child), 1); }
+    std::uint64_t startOf(std::size_t child) { return runAt(traf(child), 1).sample(0).decodeTime; }
+
+private:
+    ReadFile file_;
+
+public:
+    RootBox root;
+};
+
+TEST(TrafBoxTest, TakesEachValueThatItsHeaderLeavesOutFromTheDefaultsOfTheTrack) {
+    ReadDocument all(fragmentedMovie() + fragment(1, plainRun(1)));
+    const TrunSample sample = runAt(all.traf(1), 1).sample(0);
+    EXPECT_EQ(all.traf(1).tfhd()->descriptionIndex(), 3U);
+    EXPECT_EQ(sample.duration, 10U);
+    EXPECT_EQ(sample.size, 5U);
+    EXPECT_EQ(sample.flags, 7U);
+
+    ReadDocument some(fragmentedMovie() + fragment(1, plainRun(1), 0x12, u32(9) + u32(50)));
+    EXPECT_EQ(some.traf(1).tfhd()->descriptionIndex(), 9U);
+    EXPECT_EQ(runAt(some.traf(1), 1).sample(0).duration, 10U);
+    EXPECT_EQ(runAt(some.traf(1), 1).sample(0).size, 50U);
+    EXPECT_EQ(runAt(some.traf(1), 1).sample(0).flags, 7U);
+}
+
+TEST(TrafBoxTest, ThrowsFourteenWithoutAnMvexAndTwentyFiveWithoutATrex) {
+    EXPECT_EQ(codeOf([&] { ReadDocument(movie(track("vide", {})) + fragment(1, plainRun(1))); }),
+              14U);
+    EXPECT_EQ(codeOf([&] { ReadDocument(fragmentedMovie() + fragment(2, plainRun(1))); }), 25U);
+}
+
+TEST(TrafBoxTest, StartsWhereTheLastFragmentOfItsTrackEnded) {
+    const Bytes mvex = box("mvex", fullBox("trex", 0, 0, u32(1), u32(3), u32(10), u32(5), u32(7)),
+                           fullBox("trex", 0, 0, u32(2), u32(3), u32(100), u32(5), u32(7)));
+    ReadDocument test(movie(track("vide", {}) + mvex) + fragment(1, plainRun(3)) +
+                      fragment(2, plainRun(2)) + fragment(2, plainRun(1)) +
+                      fragment(1, plainRun(1)));
+    EXPECT_EQ(test.startOf(1), 0U);
+    EXPECT_EQ(test.startOf(2), 0U);
+    EXPECT_EQ(test.startOf(3), 200U);
+    EXPECT_EQ(test.startOf(4), 30U);
+}
+
+TEST(TrafBoxTest, ARunWithoutSamplesKeepsTheTime) {
+    ReadDocument test(fragmentedMovie() + fragment(1, plainRun(3)) + fragment(1, plainRun(0)) +
+                      fragment(1, plainRun(1)));
+    EXPECT_EQ(test.startOf(3), 30U);
+}
+
+TEST(TrafBoxTest, ATrafWithoutRunsMakesTheNextOneStartAtZero) {
+    ReadDocument test(fragmentedMovie() + fragment(1, plainRun(3)) + fragment(1, {}) +
+                      fragment(1, plainRun(1)));
+    EXPECT_EQ(test.startOf(3), 0U);
+}
+
+TEST(TrafBoxTest, AFragmentThatBeginsTheFileDoesNotCountForLaterOnes) {
+    ReadDocument first(fragment(1, plainRun(3)) + fragmentedMovie() + fragment(1, plainRun(1)));
+    EXPECT_EQ(first.startOf(2), 0U);
+    ReadDocument second(box("free") + fragment(1, plainRun(3)) + fragmentedMovie() +
+                        fragment(1, plainRun(1)));
+    EXPECT_EQ(second.startOf(3), 30U);
 }
 
 }  // namespace
