@@ -17,6 +17,8 @@ bool isTemplate(const ExtendedType& type) {
 
 void checkEnd(QlixKZMStream& stream, const BoxHeader* parent, BoxHeader& header) {
     if (parent != nullptr && header.end > parent->end) {
+        // On purpose: clamped, not refused. Pinned by
+        // BoxHeaderTest.ClampsAChildThatOverrunsItsParent.
         stream.warn(ErrorCode::warnChildBeyondParent);
         header.end = parent->end;
     }

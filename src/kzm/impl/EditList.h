@@ -16,7 +16,8 @@ struct Edit {
     std::int16_t rateFraction = 0;
     std::uint64_t presentationStart = 0;  ///< ticks of the movie: the sum of the rows before
 
-    /// A media time of all ones, or all ones less 1.
+    /// On purpose: a media time of all ones, and also of all ones less 1.
+    /// Pinned by EditTest.IsEmptyFromAllOnesLessOneOn.
     bool isEmpty() const { return static_cast<std::uint64_t>(mediaTime) >= 0xFFFFFFFFFFFFFFFE; }
     /// Held at the largest value where the sum doesn't fit.
     std::uint64_t presentationEnd() const;

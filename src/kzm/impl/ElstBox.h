@@ -25,7 +25,8 @@ public:
     ElstBox(const BoxContext& context, const BoxHeader& header);
 
     void writeFields() override;
-    /// Count and rows; what stands behind them stays.
+    /// Count and rows. On purpose: what stands behind them stays.
+    /// Pinned by ElstBoxTest.RewritesCountAndRowsOnly.
     void updateFields() override;
     /// Throws countTooLarge for a count above kSanityLimit, boxTooShort for one beyond the box.
     void readFields() override;

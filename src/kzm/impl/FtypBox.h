@@ -27,6 +27,8 @@ public:
     void addCompatibleBrand(std::uint32_t brand);
 
 private:
+    // On purpose: a brand and a version of this system's own.
+    // Pinned by FtypBoxTest.WritesTheBrandsOfThisSystem.
     std::uint32_t majorBrand_ = fourCc("kzm ");
     std::uint32_t minorVersion_ = 1;
     BoxVector<std::uint32_t> compatibleBrands_;

@@ -10,8 +10,9 @@
 
 namespace qlix::kzm::impl {
 
-/// Reads a block from its front; past its end it gives zeros, so that a sample entry that is cut
-/// short has zeros in the fields it lacks.
+/// Reads a block from its front. On purpose: past its end it gives zeros, so that a sample entry
+/// that is cut short has zeros in the fields it lacks.
+/// Pinned by SampleEntryTest.GivesZerosForWhatAShortVideoEntryLacks.
 class EntryBlock {
 public:
     explicit EntryBlock(std::vector<std::uint8_t> bytes) : bytes_(std::move(bytes)) {}

@@ -8,6 +8,8 @@ namespace {
 constexpr std::uint64_t kKindSize = 70;
 constexpr std::size_t kNameSize = 32;
 
+/// On purpose: these words whatever made the video.
+/// Pinned by SampleEntryTest.NamesTheCompressorByFormat.
 std::string_view compressorName(std::uint32_t format) {
     switch (format) {
         case fourCc("H264"):
