@@ -37,7 +37,7 @@ bool isSupported(const qlix::kzm::Track& track) {
 
 boost::shared_ptr<KZSTrack> makeTrack(const qlix::kzm::Track& source) {
     const qlix::kzm::TrackRecord& info = source.info();
-    const auto track = boost::make_shared<KZSTrack>();
+    auto track = boost::make_shared<KZSTrack>();
     track->handler = info.handler;
     track->language.assign(info.language, std::find(info.language, info.language + 3, '\0'));
     track->trackId = info.trackId;
