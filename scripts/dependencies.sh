@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that a step needs, if any is missing.
-# usage: dependencies.sh build|test|bench
+# usage: dependencies.sh build|test|bench|stress
 set -euo pipefail
 
 build=(g++ cmake ninja-build ccache libboost-dev libboost-program-options-dev
@@ -9,12 +9,15 @@ build=(g++ cmake ninja-build ccache libboost-dev libboost-program-options-dev
 test=("${build[@]}" libgtest-dev libgmock-dev clang-format python3 openssl git
     man-db groff-base pkgconf)
 bench=("${build[@]}" libbenchmark-dev python3 openssl strace)
+# The fuzz targets need clang and its runtime, the coverage report gcovr.
+stress=("${test[@]}" clang libclang-rt-14-dev gcovr)
 
 case "${1:-}" in
     build) wanted=("${build[@]}") ;;
     test) wanted=("${test[@]}") ;;
     bench) wanted=("${bench[@]}") ;;
-    *) echo "usage: $0 build|test|bench" >&2; exit 2 ;;
+    stress) wanted=("${stress[@]}") ;;
+    *) echo "usage: $0 build|test|bench|stress" >&2; exit 2 ;;
 esac
 
 missing=()

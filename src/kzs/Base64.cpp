@@ -34,7 +34,7 @@ void appendGroup(std::string_view group, std::size_t filled, std::vector<std::ui
     }
     std::uint8_t unpacked[kBytesPerGroup];
     storeU24(unpacked, value);
-    bytes.insert(bytes.end(), unpacked, unpacked + filled - 1);
+    bytes.insert(bytes.end(), unpacked, unpacked + (filled - 1));
 }
 
 /// How many characters of the last group aren't padding: two to four.
