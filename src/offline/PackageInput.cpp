@@ -10,6 +10,7 @@
 #include "kzs/XmlText.h"
 #include "kzs/base/FileStream.h"
 #include "kzspkgutil/FLVMediaSourceProvider.h"
+#include "kzspkgutil/KZMMediaSourceProvider.h"
 #include "kzspkgutil/model/IMediaSource.h"
 #include "offline/ManifestFile.h"
 #include "offline/OfflineException.h"
@@ -35,8 +36,11 @@ std::unique_ptr<IMediaSource> openSource(const OptionMap& options, IPackagerCont
     const std::string& path = textOf(options, "input-file");
     if (!boost::filesystem::exists(path)) throw FileNotFoundException(path);
 
+    // On purpose: edit lists of the input count only when asked for.
+    const bool ignoresEdits = !flagOf(options, "edit-list");
     const std::unique_ptr<IMediaSourceProvider> providers[] = {
-        std::make_unique<kzspkgutil::FLVMediaSourceProvider>()};
+        std::make_unique<kzspkgutil::FLVMediaSourceProvider>(),
+        std::make_unique<kzspkgutil::KZMMediaSourceProvider>(ignoresEdits)};
     constexpr std::uint32_t kReadOnly = kzs::openFlagsFor(false, false);
     for (const auto& provider : providers) {
         if (provider->canOpen(path, kReadOnly)) {

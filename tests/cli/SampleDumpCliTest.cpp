@@ -172,7 +172,8 @@ TEST(SampleDumpCliTest, PausesOfAnEditListShowAsGapsWithoutData) {
 }
 
 TEST(SampleDumpCliTest, EverySampleOfAFileIsPrintedOnce) {
-    // 13 s of video at 25 frames a second and of audio at 1024 samples of 44100 Hz.
+    // 13 s of video at 25 frames a second, and 561 audio samples of 1024 at 44100 Hz, the last of
+    // which begins at 13.003 s: behind the end of the movie.
     const ProcessResult result =
         packager({"--sample-dump", "--input-file", kMedia + "h264_aac_faststart.mp4"});
     EXPECT_EQ(result.status, 0);

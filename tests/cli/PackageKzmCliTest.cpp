@@ -1,0 +1,94 @@
+#include "cli/PackageFixture.h"
+
+namespace kz::test {
+namespace {
+
+const std::string kMedia = KZ_TEST_DATA_DIR "/media/";
+
+class PackageKzmCliTest : public PackageFixture {
+protected:
+    ProcessResult packageFile(const std::string& path, std::vector<std::string> arguments = {}) {
+        arguments.insert(arguments.begin(), {"--input-file=" + path, "--output-path=out",
+                                             "--output-manifest-file=clip"});
+        return packagerIn(folder.path(), arguments);
+    }
+
+    /// The FLV times of all audio tags, in file order.
+    static std::vector<std::uint32_t> audioTimes(const Presentation& presentation) {
+        std::vector<std::uint32_t> times;
+        for (const Bytes& tag : tagImages(presentation)) {
+            if (tag[0] != 8) continue;
+            times.push_back(std::uint32_t{tag[7]} << 24 | std::uint32_t{tag[4]} << 16 |
+                            std::uint32_t{tag[5]} << 8 | tag[6]);
+        }
+        return times;
+    }
+};
+
+TEST_F(PackageKzmCliTest, AnMp4FileIsPackagedLikeAnFlvFile) {
+    const ProcessResult result = packageFile(kMedia + "h264_aac_faststart.mp4");
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.status, 0);
+    const Presentation presentation = read();
+    ASSERT_EQ(presentation.segments.size(), 1U);
+    EXPECT_EQ(presentation.segments[0].fragments.size(), 4U);
+}
+
+TEST_F(PackageKzmCliTest, AFragmentedFileIsReadToItsEnd) {
+    const ProcessResult result = packageFile(kMedia + "frag_dbm.mp4");
+    EXPECT_EQ(result.status, 0);
+    const Presentation presentation = read();
+    ASSERT_EQ(presentation.segments.size(), 1U);
+    EXPECT_EQ(presentation.segments[0].fragments.size(), 3U);
+}
+
+TEST_F(PackageKzmCliTest, EditListsCountOnlyWhenAskedFor) {
+    EXPECT_EQ(packageFile(kMedia + "empty_edit.mp4").status, 0);
+    const std::vector<std::uint32_t> without = audioTimes(read());
+    EXPECT_EQ(packageFile(kMedia + "empty_edit.mp4", {"--edit-list"}).status, 0);
+    const std::vector<std::uint32_t> with = audioTimes(read());
+    ASSERT_FALSE(without.empty());
+    ASSERT_FALSE(with.empty());
+    EXPECT_EQ(without.front(), 0U);
+    // The audio was delayed by 0.6 s; headers in front of key frames have their times.
+    EXPECT_GE(*std::find_if(with.begin(), with.end(), [](std::uint32_t ms) { return ms > 0; }),
+              500U);
+}
+
+TEST_F(PackageKzmCliTest, ASegmentFileCanBePackagedAgain) {
+    folder.write("clip.flv", avClip(9000, 1000));
+    expectPackaged();
+    const std::vector<Bytes> before = tagImages(read());
+    const ProcessResult result = packagerIn(
+        folder.path(),
+        {"--input-file=out/clipSeg1.kzs", "--output-path=out", "--output-manifest-file=again"});
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_FALSE(read("again").segments.empty());
+    EXPECT_FALSE(before.empty());
+}
+
+TEST_F(PackageKzmCliTest, AFileCutInItsHeadersIsInvalid) {
+    const Bytes whole = readFile(kMedia + "h264_aac_bframes.mp4");
+    const std::string path = folder.write("cut.mp4", whole.cutTo(100000));
+    expectFailure(packageFile(path), 3, "Error 3: invalid input file ");
+}
+
+TEST_F(PackageKzmCliTest, ASampleThatCanNotBeReadIsToldAsTheWritersFailure) {
+    const Bytes whole = readFile(kMedia + "h264_aac_faststart.mp4");
+    const std::string path = folder.write("cut.mp4", whole.cutTo(100000));
+    expectFailure(packageFile(path), 7, "Error 7: KZS writer failed");
+    EXPECT_FALSE(fileExists(folder / "out/clip.kzd"));
+}
+
+TEST_F(PackageKzmCliTest, AMovieWithoutASupportedTrackIsRefused) {
+    const std::string whole = readFile(kMedia + "mp3.mp4").str();
+    const std::size_t handler = whole.find("soun");
+    ASSERT_NE(handler, std::string::npos);
+    const std::string path = folder.write("text.mp4", text(whole).patched(handler, text("text")));
+    expectFailure(packageFile(path), 6,
+                  "Error 6: Input file does not contain any supported tracks: " + path);
+}
+
+}  // namespace
+}  // namespace kz::test
