@@ -32,7 +32,7 @@ std::uint64_t movieDuration(const Bytes& file) {
 }
 
 TEST(SegmentEditsTest, ATrackFromTimeZeroHasOneRow) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     test.video(0, text("a"), 1);
     test.video(40, text("b"));
@@ -47,7 +47,7 @@ TEST(SegmentEditsTest, ATrackFromTimeZeroHasOneRow) {
 }
 
 TEST(SegmentEditsTest, TheHeadersOfAnEmptyFileCountNoRows) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     EXPECT_EQ(editsOf(test.file(), kVideo), Edits());
     test.writer.close();
@@ -57,7 +57,7 @@ TEST(SegmentEditsTest, TheHeadersOfAnEmptyFileCountNoRows) {
 }
 
 TEST(SegmentEditsTest, AnUnusedTrackHasARowOfNoDuration) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     test.video(0, text("a"), 1);
     test.writer.close();
@@ -67,7 +67,7 @@ TEST(SegmentEditsTest, AnUnusedTrackHasARowOfNoDuration) {
 }
 
 TEST(SegmentEditsTest, ATrackThatStartsLateStandsBehindAnEmptyEdit) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     test.audio(0, text("x"));
     test.video(500, text("a"), 1);
@@ -81,7 +81,7 @@ TEST(SegmentEditsTest, ATrackThatStartsLateStandsBehindAnEmptyEdit) {
 }
 
 TEST(SegmentEditsTest, ALateStartInALaterFragmentKeepsTheRowInFront) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     test.audio(0, text("x"));
     test.writer.startFragment();
@@ -91,7 +91,7 @@ TEST(SegmentEditsTest, ALateStartInALaterFragmentKeepsTheRowInFront) {
 }
 
 TEST(SegmentEditsTest, AMarkerAndALaterSampleMakeAnEmptyEditAndMediaTimeGoesOn) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     test.video(0, text("a"), 1);
     test.video(40, text("b"));
@@ -107,7 +107,7 @@ TEST(SegmentEditsTest, AMarkerAndALaterSampleMakeAnEmptyEditAndMediaTimeGoesOn) 
 }
 
 TEST(SegmentEditsTest, ASampleBehindAGapKeepsTheLastDuration) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     test.video(0, text("a"), 1);
     test.marker(test.videoTrack, "vide", 80);
@@ -120,7 +120,7 @@ TEST(SegmentEditsTest, ASampleBehindAGapKeepsTheLastDuration) {
 }
 
 TEST(SegmentEditsTest, AFragmentThatEndsInAPauseLeavesTheRowAlone) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     test.video(0, text("a"), 1);
     test.marker(test.videoTrack, "vide", 80);
@@ -133,7 +133,7 @@ TEST(SegmentEditsTest, AFragmentThatEndsInAPauseLeavesTheRowAlone) {
 }
 
 TEST(SegmentEditsTest, ASecondMarkerInAPauseChangesNothing) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     test.video(0, text("a"), 1);
     test.marker(test.videoTrack, "vide", 80);
@@ -145,7 +145,7 @@ TEST(SegmentEditsTest, ASecondMarkerInAPauseChangesNothing) {
 }
 
 TEST(SegmentEditsTest, AMarkerMayComeFirst) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     test.audio(0, text("x"));
     test.marker(test.videoTrack, "vide", 100);
@@ -157,10 +157,10 @@ TEST(SegmentEditsTest, AMarkerMayComeFirst) {
 }
 
 TEST(SegmentEditsTest, RowsAreInTicksOfTheMovieAndHalvesGoDown) {
-    Segment::Options options;
+    SegmentDriver::Options options;
     options.movieTimescale = 600;
     options.videoTimescale = 1200;
-    Segment test(options);
+    SegmentDriver test(options);
     test.writer.startFragment();
     test.audio(0, text("x"));
     test.video(5, text("a"), 1);  // 6 ticks of 1200, 3 of the movie
@@ -173,9 +173,9 @@ TEST(SegmentEditsTest, RowsAreInTicksOfTheMovieAndHalvesGoDown) {
 }
 
 TEST(SegmentEditsTest, TheLastSampleLastsAsManyTicksAsOneOfTheMovie) {
-    Segment::Options options;
+    SegmentDriver::Options options;
     options.videoTimescale = 90000;
-    Segment test(options);
+    SegmentDriver test(options);
     test.writer.startFragment();
     test.video(0, text("a"), 1);
     test.writer.close();
@@ -184,9 +184,9 @@ TEST(SegmentEditsTest, TheLastSampleLastsAsManyTicksAsOneOfTheMovie) {
 }
 
 TEST(SegmentEditsTest, TheHintTrackIsStretchedToTheEndOfTheTracksItRefersTo) {
-    Segment::Options options;
+    SegmentDriver::Options options;
     options.videoTimescale = 25;
-    Segment test(options);
+    SegmentDriver test(options);
     test.writer.startFragment();
     test.video(0, text("a"), 1);  // lasts a tick of 25: 40 ms
     test.writer.close();
@@ -199,7 +199,7 @@ TEST(SegmentEditsTest, TheHintTrackIsStretchedToTheEndOfTheTracksItRefersTo) {
 }
 
 TEST(SegmentEditsTest, TheHeadersKeepTheirSize) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     const std::size_t before = boxAt(test.file(), "moov").size;
     test.audio(0, text("x"));
@@ -211,9 +211,9 @@ TEST(SegmentEditsTest, TheHeadersKeepTheirSize) {
 }
 
 TEST(SegmentEditsTest, AFullListThrowsSixteenAndEndsTheWriting) {
-    Segment::Options options;
+    SegmentDriver::Options options;
     options.maxEdits = 0;  // one row
-    Segment test(options);
+    SegmentDriver test(options);
     test.writer.startFragment();
     test.audio(0, text("x"));
     EXPECT_EQ(failureOf([&] { test.video(500, text("a"), 1); }), 16U);
@@ -224,9 +224,9 @@ TEST(SegmentEditsTest, AFullListThrowsSixteenAndEndsTheWriting) {
 }
 
 TEST(SegmentEditsTest, TakesTheTimeOriginOffTheSamplesAndLeavesItInTheIndex) {
-    Segment::Options options;
+    SegmentDriver::Options options;
     options.timeOrigin = 100;
-    Segment test(options);
+    SegmentDriver test(options);
     test.writer.startFragment();
     test.video(100, text("a"), 1, true);
     test.video(140, text("b"));
@@ -237,9 +237,9 @@ TEST(SegmentEditsTest, TakesTheTimeOriginOffTheSamplesAndLeavesItInTheIndex) {
 }
 
 TEST(SegmentEditsTest, ATimeInFrontOfTheOriginGoesBack) {
-    Segment::Options options;
+    SegmentDriver::Options options;
     options.timeOrigin = 100;
-    Segment test(options);
+    SegmentDriver test(options);
     test.writer.startFragment();
     EXPECT_EQ(failureOf([&] { test.video(99, text("a"), 1); }), 1280U);
 }

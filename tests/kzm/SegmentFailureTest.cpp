@@ -10,12 +10,12 @@ namespace {
 using namespace kz::test;
 
 /// What follows a failure: the writer goes on, or all further writing gives 48.
-void expectUsable(Segment& test) {
+void expectUsable(SegmentDriver& test) {
     EXPECT_EQ(failureOf([&] { test.video(5000, text("on"), 1); }), 0U);
     EXPECT_EQ(failureOf([&] { test.writer.close(); }), 0U);
 }
 
-void expectBroken(Segment& test) {
+void expectBroken(SegmentDriver& test) {
     EXPECT_EQ(failureOf([&] { test.video(5000, text("on"), 1); }), 48U);
     EXPECT_EQ(failureOf([&] { test.writer.startFragment(); }), 48U);
     EXPECT_EQ(failureOf([&] { test.writer.flush(); }), 48U);
@@ -47,7 +47,7 @@ TEST(SegmentFailureTest, AFullDiskAtTheStartGives1024) {
 }
 
 TEST(SegmentFailureTest, ATrackTimescaleOfZeroIsRefusedAndTheWriterGoesOn) {
-    Segment test;
+    SegmentDriver test;
     EXPECT_EQ(
         failureOf([&] { test.writer.addTrack(trackInfo("vide", 0), trackParams(1), "name", 5); }),
         10U);
@@ -56,7 +56,7 @@ TEST(SegmentFailureTest, ATrackTimescaleOfZeroIsRefusedAndTheWriterGoesOn) {
 }
 
 TEST(SegmentFailureTest, ATrackAfterTheFirstFragmentIsTooLate) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     EXPECT_EQ(failureOf([&] {
                   test.writer.addTrack(trackInfo("vide", 1000), trackParams(1), "name", 5);
@@ -66,7 +66,7 @@ TEST(SegmentFailureTest, ATrackAfterTheFirstFragmentIsTooLate) {
 }
 
 TEST(SegmentFailureTest, ThereIsOneHintTrack) {
-    Segment test;
+    SegmentDriver test;
     EXPECT_EQ(failureOf([&] {
                   test.writer.addHintTrack(trackInfo("hint", 1000), trackParams(1), "name", 5,
                                            nullptr, 0);
@@ -109,7 +109,7 @@ TEST(SegmentFailureTest, AHintTrackRefersToTracksThatExist) {
 }
 
 TEST(SegmentFailureTest, ANullTrackGivesTwenty) {
-    Segment test;
+    SegmentDriver test;
     const TrackHandle none;
     EXPECT_FALSE(none);
     test.writer.startFragment();
@@ -133,59 +133,59 @@ TEST(SegmentFailureTest, ANullTrackGivesTwenty) {
 }
 
 TEST(SegmentFailureTest, AnUnknownTrackGives1283) {
-    Segment test;
+    SegmentDriver test;
     EXPECT_EQ(failureOf([&] { test.describe(TrackHandle(4), "vide"); }), 1283U);
 }
 
 struct SampleCase {
     const char* what;
     std::uint32_t expected;
-    std::function<void(Segment&)> act;
+    std::function<void(SegmentDriver&)> act;
 };
 
 TEST(SegmentFailureTest, ChecksOfASampleConcernTheCallAlone) {
     const std::vector<SampleCase> cases = {
         {"another handler", 8,
-         [](Segment& test) {
+         [](SegmentDriver& test) {
              test.writer.writeSample(test.hintTrack, sampleOf("vide", 0, 1000, 1),
                                      test.pool.data(text("a")), false);
          }},
         {"no size", 11,
-         [](Segment& test) {
+         [](SegmentDriver& test) {
              test.writer.writeSample(test.hintTrack, sampleOf("hint", 0, 1000, 0),
                                      test.pool.data(text("a")), false);
          }},
         {"no timescale", 10,
-         [](Segment& test) {
+         [](SegmentDriver& test) {
              test.writer.writeSample(test.hintTrack, sampleOf("hint", 0, 0, 1),
                                      test.pool.data(text("a")), false);
          }},
         {"no bytes", 20,
-         [](Segment& test) {
+         [](SegmentDriver& test) {
              test.writer.writeSample(test.hintTrack, sampleOf("hint", 0, 1000, 1), {}, false);
          }},
         {"a negative time", 1280,
-         [](Segment& test) { test.hintOnly(0xFFFFFFFFFFFFFFFF, text("a")); }},
+         [](SegmentDriver& test) { test.hintOnly(0xFFFFFFFFFFFFFFFF, text("a")); }},
         {"not referred to", 1537,
-         [](Segment& test) {
+         [](SegmentDriver& test) {
              test.writer.writeHintedSample(test.hintTrack, test.hintTrack,
                                            sampleOf("hint", 0, 1000, 1), {0, 1},
                                            test.pool.data(text("a")), false);
          }},
         {"not a hint track", 1537,
-         [](Segment& test) {
+         [](SegmentDriver& test) {
              test.writer.writeHintedSample(test.videoTrack, test.videoTrack,
                                            sampleOf("vide", 0, 1000, 1), {0, 1},
                                            test.pool.data(text("a")), false);
          }},
         {"a description of another handler", 8,
-         [](Segment& test) { test.describe(test.videoTrack, "soun"); }},
+         [](SegmentDriver& test) { test.describe(test.videoTrack, "soun"); }},
         {"a description that has no room", 15,
-         [](Segment& test) { test.describe(test.videoTrack, "vide"); }},
+         [](SegmentDriver& test) { test.describe(test.videoTrack, "vide"); }},
     };
     for (const SampleCase& each : cases) {
         SCOPED_TRACE(each.what);
-        Segment test;
+        SegmentDriver test;
         test.writer.startFragment();
         EXPECT_EQ(failureOf([&] { each.act(test); }), each.expected);
         EXPECT_EQ(test.pool.released.size(), test.pool.given()) << "given back at once";
@@ -194,7 +194,7 @@ TEST(SegmentFailureTest, ChecksOfASampleConcernTheCallAlone) {
 }
 
 TEST(SegmentFailureTest, TimesMayStandStillAndNotGoBack) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     test.video(100, text("a"), 1);
     EXPECT_EQ(failureOf([&] { test.video(100, text("b")); }), 0U);
@@ -203,7 +203,7 @@ TEST(SegmentFailureTest, TimesMayStandStillAndNotGoBack) {
 }
 
 TEST(SegmentFailureTest, AGapHasThirtyTwoBits) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     test.video(0, text("a"), 1);
     EXPECT_EQ(failureOf([&] { test.video(0x100000000, text("b")); }), 1288U);
@@ -214,15 +214,15 @@ TEST(SegmentFailureTest, AGapHasThirtyTwoBits) {
 }
 
 TEST(SegmentFailureTest, AFirstSampleMayComeAtAnyTime) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     EXPECT_EQ(failureOf([&] { test.video(0x200000000, text("a"), 1); }), 0U);
 }
 
 TEST(SegmentFailureTest, ASampleNeedsADescription) {
-    Segment::Options options;
+    SegmentDriver::Options options;
     options.describe = false;
-    Segment test(options);
+    SegmentDriver test(options);
     test.writer.startFragment();
     EXPECT_EQ(failureOf([&] { test.hintOnly(0, text("a")); }), 1290U) << "no time origin yet";
     test.describe(test.hintTrack, "hint");
@@ -232,23 +232,23 @@ TEST(SegmentFailureTest, ASampleNeedsADescription) {
 }
 
 TEST(SegmentFailureTest, ASampleNeedsAnOpenFragment) {
-    Segment test;
+    SegmentDriver test;
     EXPECT_EQ(failureOf([&] { test.video(0, text("a"), 1); }), 1536U);
     test.writer.startFragment();
     expectUsable(test);
 }
 
 TEST(SegmentFailureTest, ASecondRtmpDescriptionIsRefused) {
-    Segment::Options options;
+    SegmentDriver::Options options;
     options.descriptionSlots = 2;
-    Segment test(options);
+    SegmentDriver test(options);
     EXPECT_EQ(failureOf([&] { test.describe(test.hintTrack, "hint"); }), 1542U);
     test.writer.startFragment();
     expectUsable(test);
 }
 
 TEST(SegmentFailureTest, ABootstrapNeedsABuffer) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     int released = 0;
     const auto release = [](void* context) { ++*static_cast<int*>(context); };
@@ -266,7 +266,7 @@ TEST(SegmentFailureTest, ABootstrapNeedsABuffer) {
 }
 
 TEST(SegmentFailureTest, AFragmentHasOneBootstrap) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     test.bootstrap(text("first"));
     EXPECT_EQ(failureOf([&] { test.bootstrap(text("second")); }), 1541U);
@@ -276,7 +276,7 @@ TEST(SegmentFailureTest, AFragmentHasOneBootstrap) {
 }
 
 TEST(SegmentFailureTest, ABootstrapWithoutSamplesThrows1033AndEndsTheWriting) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     test.bootstrap(text("BST"));
     EXPECT_EQ(failureOf([&] { test.writer.startFragment(); }), 1033U);
@@ -284,7 +284,7 @@ TEST(SegmentFailureTest, ABootstrapWithoutSamplesThrows1033AndEndsTheWriting) {
 }
 
 TEST(SegmentFailureTest, ABootstrapWithoutSamplesThrows1033AtTheClose) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     test.bootstrap(text("BST"));
     EXPECT_EQ(failureOf([&] { test.writer.close(); }), 1033U);
@@ -294,7 +294,7 @@ TEST(SegmentFailureTest, ABootstrapWithoutSamplesThrows1033AtTheClose) {
 }
 
 TEST(SegmentFailureTest, AFullDiskGives1024AndEndsTheWriting) {
-    Segment test;
+    SegmentDriver test;
     const std::uint64_t start = test.writer.startFragment();
     test.stream.capacity = start + 100;
     test.video(0, pattern(1000, 1), 1);
@@ -305,7 +305,7 @@ TEST(SegmentFailureTest, AFullDiskGives1024AndEndsTheWriting) {
 }
 
 TEST(SegmentFailureTest, AFullDiskAtTheCloseIsThrownAndTheStreamIsClosed) {
-    Segment test;
+    SegmentDriver test;
     const std::uint64_t start = test.writer.startFragment();
     test.stream.capacity = start + 100;
     test.video(0, pattern(1000, 1), 1);
@@ -318,7 +318,7 @@ TEST(SegmentFailureTest, AFullDiskAtTheCloseIsThrownAndTheStreamIsClosed) {
 TEST(SegmentFailureTest, AFullDiskIsSwallowedWhenTheWriterGoes) {
     SamplePool pool;
     {
-        Segment test;
+        SegmentDriver test;
         const std::uint64_t start = test.writer.startFragment();
         test.stream.capacity = start;
         test.video(0, pattern(1000, 1), 1);
@@ -328,7 +328,7 @@ TEST(SegmentFailureTest, AFullDiskIsSwallowedWhenTheWriterGoes) {
 TEST(SegmentFailureTest, AFailureAtAnyCallOfTheStreamEndsInACodeAndGivesAllBack) {
     const auto run = [](std::uint64_t failAtCall, std::uint64_t& calls) {
         std::uint32_t code = 0;
-        Segment test;
+        SegmentDriver test;
         test.stream.calls = 0;
         test.stream.failAtCall = failAtCall;
         test.stream.failure = 77;

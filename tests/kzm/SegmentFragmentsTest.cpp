@@ -26,7 +26,7 @@ std::vector<std::uint32_t> tracksOf(const Bytes& file, std::size_t fragment) {
 }
 
 TEST(SegmentFragmentsTest, TheFirstStartPlacesTheHeaders) {
-    Segment test;
+    SegmentDriver test;
     const std::uint64_t start = test.writer.startFragment();
     EXPECT_EQ(start, test.file().size());
     EXPECT_EQ(boxAt(test.file(), "moov").end(), start);
@@ -34,7 +34,7 @@ TEST(SegmentFragmentsTest, TheFirstStartPlacesTheHeaders) {
 }
 
 TEST(SegmentFragmentsTest, ASecondStartWithoutSamplesWritesNothing) {
-    Segment test;
+    SegmentDriver test;
     const std::uint64_t start = test.writer.startFragment();
     const std::size_t writes = test.stream.log.size();
     const Bytes before = test.file();
@@ -45,7 +45,7 @@ TEST(SegmentFragmentsTest, ASecondStartWithoutSamplesWritesNothing) {
 }
 
 TEST(SegmentFragmentsTest, StandBehindEachOther) {
-    Segment test;
+    SegmentDriver test;
     const std::uint64_t first = test.writer.startFragment();
     test.video(0, text("a"), 1);
     const std::uint64_t second = test.writer.startFragment();
@@ -62,7 +62,7 @@ TEST(SegmentFragmentsTest, StandBehindEachOther) {
 }
 
 TEST(SegmentFragmentsTest, AnAfraOffsetLeadsToTheFirstByteOfItsSample) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     test.video(0, text("first"), 1, true);
     test.audio(10, text("sound"), false);
@@ -85,7 +85,7 @@ TEST(SegmentFragmentsTest, AnAfraOffsetLeadsToTheFirstByteOfItsSample) {
 }
 
 TEST(SegmentFragmentsTest, AHintOnlySampleHasNoMediaRow) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     test.hintOnly(0, text("header"));
     test.video(0, text("a"), 1);
@@ -95,7 +95,7 @@ TEST(SegmentFragmentsTest, AHintOnlySampleHasNoMediaRow) {
 }
 
 TEST(SegmentFragmentsTest, ATrackWithoutSamplesHasNoTraf) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     test.video(0, text("a"), 1);
     test.writer.startFragment();
@@ -106,7 +106,7 @@ TEST(SegmentFragmentsTest, ATrackWithoutSamplesHasNoTraf) {
 }
 
 TEST(SegmentFragmentsTest, TheNextFragmentSettlesTheLastDurationOfTheOneBefore) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     test.video(0, text("a"), 1);
     test.video(40, text("b"));
@@ -120,7 +120,7 @@ TEST(SegmentFragmentsTest, TheNextFragmentSettlesTheLastDurationOfTheOneBefore) 
 }
 
 TEST(SegmentFragmentsTest, ThePatchOfATrackWaitsForAFragmentThatHasIt) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     test.video(0, text("a"), 1);
     test.audio(10, text("x"));
@@ -136,7 +136,7 @@ TEST(SegmentFragmentsTest, ThePatchOfATrackWaitsForAFragmentThatHasIt) {
 }
 
 TEST(SegmentFragmentsTest, TheBytesOfAMediaSampleLieInTheHintSample) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     const Bytes tag = text("..payload..");
     test.writer.writeHintedSample(test.hintTrack, test.videoTrack, sampleOf("hint", 0, 1000, 11, 1),
@@ -151,7 +151,7 @@ TEST(SegmentFragmentsTest, TheBytesOfAMediaSampleLieInTheHintSample) {
 }
 
 TEST(SegmentFragmentsTest, AMediaPartMayBeEmpty) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     test.video(0, text("a"), 1);
     test.writer.writeHintedSample(test.hintTrack, test.videoTrack, sampleOf("hint", 40, 1000, 5),
@@ -161,7 +161,7 @@ TEST(SegmentFragmentsTest, AMediaPartMayBeEmpty) {
 }
 
 TEST(SegmentFragmentsTest, AdjacentMediaPartsShareARun) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     test.video(0, text("aa"), 1);
     test.video(40, text("bbb"));  // the parts are the whole samples, so they touch
@@ -175,7 +175,7 @@ TEST(SegmentFragmentsTest, AdjacentMediaPartsShareARun) {
 }
 
 TEST(SegmentFragmentsTest, SamplesComeBackLastFirstOnceTheirFragmentIsWritten) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     test.video(0, text("a"), 1);
     test.video(40, text("b"));
@@ -186,7 +186,7 @@ TEST(SegmentFragmentsTest, SamplesComeBackLastFirstOnceTheirFragmentIsWritten) {
 }
 
 TEST(SegmentFragmentsTest, LargeSamplesAreNotCopied) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     const Bytes large = pattern(100000, 3);
     const SampleData data = test.pool.data(large);
@@ -200,7 +200,7 @@ TEST(SegmentFragmentsTest, LargeSamplesAreNotCopied) {
 }
 
 TEST(SegmentFragmentsTest, IsWrittenInOrderWithTheIndexLast) {
-    Segment test;
+    SegmentDriver test;
     const std::uint64_t start = test.writer.startFragment();
     test.video(0, pattern(70000, 1), 1, true);
     test.bootstrap(pattern(20000, 2));  // too far apart for one write of afra and moof
@@ -222,7 +222,7 @@ TEST(SegmentFragmentsTest, IsWrittenInOrderWithTheIndexLast) {
 }
 
 TEST(SegmentFragmentsTest, AFragmentOfManySamplesTakesFewWrites) {
-    Segment test;
+    SegmentDriver test;
     std::uint64_t time = 0;
     std::size_t most = 0;
     for (int fragment = 0; fragment < 3; ++fragment) {
@@ -241,7 +241,7 @@ TEST(SegmentFragmentsTest, AFragmentOfManySamplesTakesFewWrites) {
 }
 
 TEST(SegmentFragmentsTest, FlushClosesTheFragmentAndBeginsTheNext) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     test.video(0, text("a"), 1);
     test.writer.flush();
@@ -254,7 +254,7 @@ TEST(SegmentFragmentsTest, FlushClosesTheFragmentAndBeginsTheNext) {
 }
 
 TEST(SegmentFragmentsTest, FlushWithoutSamplesLeavesTheFragmentOpen) {
-    Segment test;
+    SegmentDriver test;
     const std::uint64_t start = test.writer.startFragment();
     test.writer.flush();
     test.bootstrap(text("B"));
@@ -266,7 +266,7 @@ TEST(SegmentFragmentsTest, FlushWithoutSamplesLeavesTheFragmentOpen) {
 }
 
 TEST(SegmentFragmentsTest, FlushBringsTheDurationOfTheLastFragmentToTheFile) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     test.video(0, text("a"), 1);
     test.writer.startFragment();
@@ -276,7 +276,7 @@ TEST(SegmentFragmentsTest, FlushBringsTheDurationOfTheLastFragmentToTheFile) {
 }
 
 TEST(SegmentFragmentsTest, CloseFinishesTheFileAndGivesTheStreamBack) {
-    Segment test;
+    SegmentDriver test;
     EXPECT_EQ(test.stream.references, 1);
     EXPECT_TRUE(test.stream.isOpen);
     test.writer.startFragment();
@@ -305,16 +305,16 @@ TEST(SegmentFragmentsTest, TheLastHandleThatGoesClosesTheFile) {
 }
 
 TEST(SegmentFragmentsTest, CloseWithoutAnyFragmentPlacesTheHeaders) {
-    Segment test;
+    SegmentDriver test;
     test.writer.close();
     EXPECT_EQ(topTypes(test.file()), (Types{"ftyp", "moov"}));
     EXPECT_EQ(boxAt(test.file(), "moov/mvex").end(), test.file().size());
 }
 
 TEST(SegmentFragmentsTest, AnotherDescriptionCountsForTheSamplesToCome) {
-    Segment::Options options;
+    SegmentDriver::Options options;
     options.descriptionSlots = 2;
-    Segment test(options);
+    SegmentDriver test(options);
     test.writer.startFragment();
     test.video(0, text("a"), 1);
     test.describe(test.audioTrack, "soun");  // no sample of it in the fragment yet
@@ -326,9 +326,9 @@ TEST(SegmentFragmentsTest, AnotherDescriptionCountsForTheSamplesToCome) {
 }
 
 TEST(SegmentFragmentsTest, AnotherDescriptionOfATrackWithSamplesClosesTheFragment) {
-    Segment::Options options;
+    SegmentDriver::Options options;
     options.descriptionSlots = 2;
-    Segment test(options);
+    SegmentDriver test(options);
     test.writer.startFragment();
     test.video(0, text("a"), 1);
     test.describe(test.videoTrack, "vide");
@@ -344,7 +344,7 @@ TEST(SegmentFragmentsTest, AnotherDescriptionOfATrackWithSamplesClosesTheFragmen
 }
 
 TEST(SegmentFragmentsTest, ABootstrapIsGivenBackOnceItIsWritten) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     test.bootstrap(text("BST"));
     test.video(0, text("a"), 1);
@@ -356,7 +356,7 @@ TEST(SegmentFragmentsTest, ABootstrapIsGivenBackOnceItIsWritten) {
 }
 
 TEST(SegmentFragmentsTest, AMarkerLeavesNoBytesAndNoIndexEntry) {
-    Segment test;
+    SegmentDriver test;
     test.writer.startFragment();
     test.video(0, text("a"), 1, true);
     const SampleData data = test.pool.data(text("m"));
@@ -370,7 +370,7 @@ TEST(SegmentFragmentsTest, AMarkerLeavesNoBytesAndNoIndexEntry) {
 
 TEST(SegmentFragmentsTest, ShortWritesGiveTheSameFile) {
     const auto make = [](std::uint64_t mostPerWrite) {
-        Segment test;
+        SegmentDriver test;
         test.stream.mostPerWrite = mostPerWrite;
         test.writer.startFragment();
         test.video(0, pattern(3000, 1), 1, true);

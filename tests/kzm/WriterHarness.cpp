@@ -18,7 +18,7 @@ std::uint32_t codeOf(std::string_view letters) {
     return torvo::kzs::loadU32(reinterpret_cast<const std::uint8_t*>(letters.data()));
 }
 
-qlix::kzm::WriterConfiguration configurationOf(const Segment::Options& options) {
+qlix::kzm::WriterConfiguration configurationOf(const SegmentDriver::Options& options) {
     qlix::kzm::WriterConfiguration out;
     out.timescale = options.movieTimescale;
     out.duration = 777;
@@ -167,7 +167,7 @@ KZMSample sampleOf(std::string_view handler, std::uint64_t time, std::uint32_t t
     return out;
 }
 
-Segment::Segment(const Options& options)
+SegmentDriver::SegmentDriver(const Options& options)
     : writer(stream, configurationOf(options), nullptr), timeOrigin_(options.timeOrigin) {
     KZMTrackParams params = trackParams(options.maxEdits);
     params.initialEntries = options.descriptionSlots;
@@ -182,7 +182,7 @@ Segment::Segment(const Options& options)
     describe(hintTrack, "hint");
 }
 
-void Segment::describe(const TrackHandle& track, std::string_view handler) {
+void SegmentDriver::describe(const TrackHandle& track, std::string_view handler) {
     if (handler == "vide") {
         qlix::kzm::VideoSampleDescriptor description;
         description.handler = codeOf("vide");
@@ -201,33 +201,33 @@ void Segment::describe(const TrackHandle& track, std::string_view handler) {
     }
 }
 
-void Segment::hinted(const TrackHandle& media, std::uint64_t time, const Bytes& bytes,
-                     std::uint32_t kind, bool entry) {
+void SegmentDriver::hinted(const TrackHandle& media, std::uint64_t time, const Bytes& bytes,
+                           std::uint32_t kind, bool entry) {
     const auto size = static_cast<std::uint32_t>(bytes.size());
     writer.writeHintedSample(hintTrack, media, sampleOf("hint", time, 1000, size, kind), {0, size},
                              pool.data(bytes), entry);
 }
 
-void Segment::video(std::uint64_t time, const Bytes& bytes, std::uint32_t kind, bool entry) {
+void SegmentDriver::video(std::uint64_t time, const Bytes& bytes, std::uint32_t kind, bool entry) {
     hinted(videoTrack, time, bytes, kind, entry);
 }
 
-void Segment::audio(std::uint64_t time, const Bytes& bytes, bool entry) {
+void SegmentDriver::audio(std::uint64_t time, const Bytes& bytes, bool entry) {
     hinted(audioTrack, time, bytes, 0, entry);
 }
 
-void Segment::hintOnly(std::uint64_t time, const Bytes& bytes, bool entry) {
+void SegmentDriver::hintOnly(std::uint64_t time, const Bytes& bytes, bool entry) {
     writer.writeSample(hintTrack,
                        sampleOf("hint", time, 1000, static_cast<std::uint32_t>(bytes.size()), 1),
                        pool.data(bytes), entry);
 }
 
-void Segment::marker(const TrackHandle& track, std::string_view handler, std::uint64_t time) {
+void SegmentDriver::marker(const TrackHandle& track, std::string_view handler, std::uint64_t time) {
     writer.writeSample(track, sampleOf(handler, time, 1000, 0, qlix::kzm::kEndOfEditMarker), {},
                        false);
 }
 
-void Segment::bootstrap(const Bytes& bytes) {
+void SegmentDriver::bootstrap(const Bytes& bytes) {
     const SampleData data = pool.data(bytes);
     writer.setBootstrap(data.data, bytes.size(), data.context, data.release);
 }

@@ -115,7 +115,7 @@ qlix::kzm::KZMSample sampleOf(std::string_view handler, std::uint64_t time, std:
 
 /// A segment writer over a file in memory, with a video track 1, an audio track 2 and the hint
 /// track 3, all of timescale 1000 unless told, each with a description.
-class Segment {
+class SegmentDriver {
 public:
     struct Options {
         std::uint32_t movieTimescale = 1000;
@@ -127,8 +127,8 @@ public:
         bool describe = true;
     };
 
-    explicit Segment(const Options& options);
-    Segment() : Segment(Options()) {}
+    explicit SegmentDriver(const Options& options);
+    SegmentDriver() : SegmentDriver(Options()) {}
 
     /// A whole hint sample that is a media sample too; times at 1000.
     void video(std::uint64_t time, const Bytes& bytes, std::uint32_t kind = 0, bool entry = false);

@@ -6,6 +6,7 @@
 #include "kzm/Exception.h"
 #include "kzm/impl/EditTracker.h"
 #include "kzm/impl/MfraBox.h"
+#include "kzm/impl/NewTrack.h"
 #include "kzm/impl/Rescale.h"
 #include "kzm/impl/TfraBox.h"
 
@@ -14,8 +15,6 @@ namespace {
 
 using torvo::kzs::low32;
 
-constexpr std::uint32_t kHasDependencyTable = 1;  // of KZMTrackInfo::optionBits
-
 /// The stream of a new file, open.
 std::unique_ptr<QlixKZMIOStream> openFile(QlixIOStream& stream,
                                           const WriterConfiguration& configuration) {
@@ -23,34 +22,6 @@ std::unique_ptr<QlixKZMIOStream> openFile(QlixIOStream& stream,
     auto file = std::make_unique<QlixKZMIOStream>(&stream);
     file->open();
     return file;
-}
-
-TrackSettings settingsOf(const KZMTrackInfo& info, const KZMTrackParams& params) {
-    TrackSettings out;
-    out.handler = info.handler;
-    out.trackFlags = info.flags;
-    out.timescale = info.timescale;
-    out.creationDate = info.creationDate;
-    out.modificationDate = info.modificationDate;
-    out.duration = info.duration;
-    out.width = info.width;
-    out.height = info.height;
-    out.volume = info.volume;
-    std::copy(std::begin(info.language), std::end(info.language), out.language.begin());
-    if (info.handlerName != nullptr) {
-        out.handlerName.assign(info.handlerName, info.handlerNameLength);
-    }
-    out.hasDependencyTable = (info.optionBits & kHasDependencyTable) != 0;
-    out.descriptionSlots = params.initialEntries;
-    out.maxEdits = params.maxEdits;
-    out.descriptionSpace = params.descriptionSpace;
-    return out;
-}
-
-/// Ticks of a track for one of the movie: what a sample lasts until the next one is known.
-std::uint32_t tickRatio(std::uint32_t trackTimescale, std::uint32_t movieTimescale) {
-    if (trackTimescale <= movieTimescale) return 1;
-    return low32((std::uint64_t{trackTimescale} + (movieTimescale - 1) / 2) / movieTimescale);
 }
 
 }  // namespace
