@@ -28,11 +28,11 @@ std::vector<Edit> editsOf(const KZMTrack& track) {
 
 std::unique_ptr<SampleIterator> iteratorOver(const std::shared_ptr<const KZMTrack>& track,
                                              const TimeRange& range, bool ignoreEdits) {
-    MediaIterCreator creator(track, range.end);
+    MediaIterCreator creator(track);
     std::vector<Edit> edits;
     if (!ignoreEdits) edits = editsOf(*track);
     // A list without rows edits nothing.
-    if (edits.empty()) return creator.create(range.start);
+    if (edits.empty()) return creator.create(range);
     edits = clippedAt(edits, range.start, track->movieTimescale(), track->record().timescale);
     return std::make_unique<PresentationIter>(std::move(edits), mediaTicks(*track, range.end),
                                               std::move(creator));

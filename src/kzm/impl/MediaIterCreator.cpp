@@ -7,11 +7,10 @@
 
 namespace qlix::kzm::impl {
 
-MediaIterCreator::MediaIterCreator(std::shared_ptr<const KZMTrack> track, const ScaledTime& end)
-    : track_(std::move(track)), end_(end) {}
+MediaIterCreator::MediaIterCreator(std::shared_ptr<const KZMTrack> track)
+    : track_(std::move(track)) {}
 
-std::unique_ptr<SampleIterator> MediaIterCreator::create(const ScaledTime& start) const {
-    const TimeRange range{start, end_};
+std::unique_ptr<SampleIterator> MediaIterCreator::create(const TimeRange& range) const {
     if (track_->isFragmented()) return std::make_unique<FragmentedTrackIterator>(track_, range);
     return std::make_unique<TrackIterator>(track_, range);
 }

@@ -8,15 +8,14 @@
 
 namespace qlix::kzm::impl {
 
-/// Makes what a PresentationIter needs for each edit of one track.
+/// Makes what is needed to walk one track, whole or edit by edit.
 class MediaIterCreator {
 public:
-    /// `end` is the document's.
-    MediaIterCreator(std::shared_ptr<const KZMTrack> track, const ScaledTime& end);
+    explicit MediaIterCreator(std::shared_ptr<const KZMTrack> track);
 
-    /// The samples from a decode time, in ticks of the media, up to the document's end: from the
-    /// tables, or from the fragments if the movie is fragmented.
-    std::unique_ptr<SampleIterator> create(const ScaledTime& start) const;
+    /// The samples of a range of decode times: from the tables, or from the fragments if the movie
+    /// is fragmented.
+    std::unique_ptr<SampleIterator> create(const TimeRange& range) const;
     /// A sample that stands for an empty edit.
     Sample marker(std::uint64_t mediaTicks) const;
 
@@ -24,7 +23,6 @@ public:
 
 private:
     std::shared_ptr<const KZMTrack> track_;
-    ScaledTime end_;
 };
 
 }  // namespace qlix::kzm::impl

@@ -1,5 +1,6 @@
 #include "kzm/impl/PresentationIter.h"
 
+#include <limits>
 #include <utility>
 
 #include "kzm/ErrorCode.h"
@@ -52,8 +53,10 @@ void PresentationIter::nextEdit() {
 void PresentationIter::enterEdit() {
     inner_.reset();
     if (edit_ >= edits_.size() || edits_[edit_].isEmpty()) return;
-    inner_ = creator_.create(
-        {static_cast<std::uint64_t>(edits_[edit_].mediaTime), creator_.track().record().timescale});
+    const std::uint32_t timescale = creator_.track().record().timescale;
+    // Up to the end of the media: where the edit ends is told by the presentation times.
+    inner_ = creator_.create({{static_cast<std::uint64_t>(edits_[edit_].mediaTime), timescale},
+                              {std::numeric_limits<std::uint64_t>::max(), timescale}});
 }
 
 std::uint64_t PresentationIter::inMedia(std::uint64_t movieTicks) const {

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "kzm/Reader.h"
+#include "kzm/WarningHandler.h"
+#include "support/Bytes.h"
+#include "support/IsoFile.h"
+#include "support/MemoryStream.h"
+
+namespace kz::test {
+
+/// A document over bytes in memory.
+class OpenIso {
+public:
+    explicit OpenIso(Bytes bytes, bool ignoreEdits = true,
+                     qlix::kzm::WarningHandler* handler = nullptr)
+        : memory(std::move(bytes)), reader(memory, handler, nullptr, ignoreEdits) {}
+    explicit OpenIso(const IsoFile& file, bool ignoreEdits = true)
+        : OpenIso(file.build(), ignoreEdits) {}
+
+    /// All samples of the tracks with these handlers, of all tracks if there are none.
+    std::vector<qlix::kzm::Sample> samples(const std::vector<std::uint32_t>& handlers = {}) const {
+        return samples({0, 1000}, reader.wholeEnd(), handlers);
+    }
+    std::vector<qlix::kzm::Sample> samples(const qlix::kzm::MovieTime& start,
+                                           const qlix::kzm::MovieTime& end,
+                                           const std::vector<std::uint32_t>& handlers = {}) const {
+        std::vector<qlix::kzm::Sample> out;
+        const auto iterator = reader.createIterator(start, end, handlers);
+        while (iterator->hasSample()) out.push_back(iterator->next());
+        return out;
+    }
+    Bytes dataOf(const qlix::kzm::Sample& sample) const {
+        Bytes out = fill(sample.size, 0);
+        reader.sampleData(sample, out.data());
+        return out;
+    }
+
+    MemoryStream memory;
+    qlix::kzm::Reader reader;
+};
+
+/// The times of samples, with a 'k' behind those of sync samples and an 'e' behind markers:
+/// "0k 40 80".
+inline std::string timesOf(const std::vector<qlix::kzm::Sample>& samples) {
+    std::string out;
+    for (const qlix::kzm::Sample& sample : samples) {
+        if (!out.empty()) out += " ";
+        out += std::to_string(sample.time);
+        if (sample.frameType() == qlix::kzm::kSampleIsSync) out += "k";
+        if (sample.frameType() == qlix::kzm::kSampleIsEmptyEdit) out += "e";
+    }
+    return out;
+}
+
+/// The number that `action` throws, 0 if it throws nothing.
+template <class Action>
+std::uint32_t codeThrownBy(Action action) {
+    try {
+        action();
+    } catch (const qlix::kzm::Exception& failure) {
+        return failure.code();
+    }
+    return 0;
+}
+
+}  // namespace kz::test
