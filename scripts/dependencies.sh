@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that a step needs, if any is missing.
-# usage: dependencies.sh build|test|bench|stress
+# usage: dependencies.sh build|test|bench|stress|examples
 set -euo pipefail
 
 build=(g++ cmake ninja-build ccache libboost-dev libboost-program-options-dev
@@ -11,13 +11,18 @@ test=("${build[@]}" libgtest-dev libgmock-dev clang-format python3 openssl git
 bench=("${build[@]}" libbenchmark-dev python3 openssl strace)
 # The fuzz targets need clang and its runtime, the coverage report gcovr.
 stress=("${test[@]}" clang libclang-rt-14-dev gcovr)
+# The examples: a web server and a browser, Snakemake, and Node.js unless another one is there.
+examples=("${build[@]}" nginx-light chromium snakemake python3)
+command -v node >/dev/null || examples+=(nodejs)
+command -v npm >/dev/null || examples+=(npm)
 
 case "${1:-}" in
     build) wanted=("${build[@]}") ;;
     test) wanted=("${test[@]}") ;;
     bench) wanted=("${bench[@]}") ;;
     stress) wanted=("${stress[@]}") ;;
-    *) echo "usage: $0 build|test|bench|stress" >&2; exit 2 ;;
+    examples) wanted=("${examples[@]}") ;;
+    *) echo "usage: $0 build|test|bench|stress|examples" >&2; exit 2 ;;
 esac
 
 missing=()
