@@ -4,6 +4,7 @@
 
 #include <boost/filesystem/operations.hpp>
 
+#include "kvl/InputFile.h"
 #include "offline/OfflineException.h"
 
 namespace torvo::offline {
@@ -21,7 +22,7 @@ Bytes readAll(const std::string& path) {
     std::ifstream stream;
     // Without a buffer of its own the stream keeps no part of a key.
     stream.rdbuf()->pubsetbuf(nullptr, 0);
-    stream.open(path, std::ios::binary);
+    kvl::openForReading(stream, path);
     if (!stream) throw FileNotFoundException(path);
     if (isFolder(path)) throw PathNotFileException(path);
     Bytes bytes;

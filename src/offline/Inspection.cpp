@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "kvl/InputFile.h"
 #include "kzs/AfraIndex.h"
 #include "kzs/AfraReader.h"
 #include "kzs/base/BoxFunctions.h"
@@ -21,7 +22,9 @@ using kzs::fourCc;
 std::ifstream openInput(const OptionMap& options) {
     const std::string& path = textOf(options, "input-file");
     requireFile(path);
-    return std::ifstream(path, std::ios::binary);
+    std::ifstream stream;
+    kvl::openForReading(stream, path);
+    return stream;
 }
 
 void printIndexAt(std::istream& stream, std::ostream& out) {

@@ -1,7 +1,7 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -9,8 +9,9 @@ namespace torvo::offline {
 
 /// A file that is written anew, every step of which is checked up to its close.
 ///
-/// All operations throw std::ios_base::failure. An object that goes without close() leaves
-/// unchecked what it has not written yet.
+/// Calls that a signal interrupts are made again, counts that come back short are gone on from.
+/// All operations throw std::ios_base::failure. Nothing is held back: what was written is with the
+/// system.
 class OutputFile {
 public:
     enum class Former {
@@ -19,6 +20,10 @@ public:
     };
 
     explicit OutputFile(const std::string& path, Former former = Former::isDropped);
+    /// Closes without a check.
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
 
     void write(const void* data, std::size_t size);
     void write(const std::vector<std::uint8_t>& bytes) { write(bytes.data(), bytes.size()); }
@@ -26,7 +31,7 @@ public:
     void close();
 
 private:
-    std::ofstream stream_;
+    int descriptor_ = -1;
 };
 
 }  // namespace torvo::offline

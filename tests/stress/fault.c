@@ -6,8 +6,8 @@
  *   KZ_FAULT_KIND    ENOSPC, EIO, EDQUOT, EINTR (once, then the call goes through), or SHORT
  *                    (a read or write of half the count; other calls go through)
  *   KZ_FAULT_FOREVER 1: every call from that one on fails as well
- *   KZ_FAULT_REPORT  a file that gets one line at the end: how many calls there were, and the name
- *                    of the call that failed
+ *   KZ_FAULT_REPORT  a file that gets one line at the end: how many calls there were, the name of
+ *                    the call that failed, and its path where it has one
  *   KZ_FAULT_PREFIX  only calls on files whose path begins so count (default: every file that was
  *                    opened through these functions)
  */
@@ -32,6 +32,7 @@ static int failErrno;
 static int forever;
 static int shortCount;
 static char failedName[32];
+static char failedPath[256];
 
 static void readSettings(void) {
     if (failAt >= 0) return;
@@ -51,8 +52,8 @@ static void readSettings(void) {
 __attribute__((destructor)) static void report(void) {
     const char* path = getenv("KZ_FAULT_REPORT");
     if (path == NULL) return;
-    char line[80];
-    const int length = snprintf(line, sizeof(line), "%ld %s\n", calls, failedName);
+    char line[320];
+    const int length = snprintf(line, sizeof(line), "%ld %s %s\n", calls, failedName, failedPath);
     int (*realOpen)(const char*, int, ...) = dlsym(RTLD_NEXT, "open");
     ssize_t (*realWrite)(int, const void*, size_t) = dlsym(RTLD_NEXT, "write");
     const int fd = realOpen(path, O_WRONLY | O_CREAT | O_TRUNC, 0600);
@@ -80,6 +81,14 @@ static int fails(const char* name) {
     return 1;
 }
 
+static int failsOn(const char* name, const char* path) {
+    if (!fails(name)) return 0;
+    const int error = errno;
+    if (calls == failAt) snprintf(failedPath, sizeof(failedPath), "%s", path);
+    errno = error;
+    return 1;
+}
+
 #define REAL(result, name, ...)                                      \
     static result (*real)(__VA_ARGS__) = NULL;                       \
     if (real == NULL) *(void**)(&real) = dlsym(RTLD_NEXT, name)
@@ -87,7 +96,7 @@ static int fails(const char* name) {
 static int openCounted(const char* name, const char* path, int flags, mode_t mode) {
     REAL(int, "open", const char*, int, ...);
     const int counts = pathCounts(path);
-    if (counts && fails(name) && !shortCount) return -1;
+    if (counts && failsOn(name, path) && !shortCount) return -1;
     const int fd = real(path, flags, mode);
     if (counts) watch(fd);
     return fd;
@@ -113,7 +122,7 @@ int open64(const char* path, int flags, ...) {
 static FILE* fopenCounted(const char* path, const char* mode) {
     REAL(FILE*, "fopen", const char*, const char*);
     const int counts = pathCounts(path);
-    if (counts && fails("fopen") && !shortCount) return NULL;
+    if (counts && failsOn("fopen", path) && !shortCount) return NULL;
     FILE* file = real(path, mode);
     if (counts && file != NULL) watch(fileno(file));
     return file;
@@ -126,7 +135,8 @@ int fclose(FILE* file) {
     const int fd = fileno(file);
     const int counts = isWatched(fd);
     if (counts) watched[fd] = 0;
-    const int failing = counts && fails("fclose") && !shortCount;
+    /* As for close below. The standard library would close an interrupted one twice. */
+    const int failing = counts && fails("fclose") && !shortCount && failErrno != EINTR;
     const int saved = errno;
     const int result = real(file);
     if (!failing) return result;

@@ -9,6 +9,7 @@
 
 #include <expat.h>
 
+#include "kvl/InputFile.h"
 #include "kvl/config/ConfigNode.h"
 
 namespace kvl::config {
@@ -87,6 +88,7 @@ public:
         bool isFinal = false;
         while (!isFinal) {
             stream.read(block.data(), kBlockSize);
+            if (stream.bad()) throw BadFileException();  // a disk that fails is no end of the file
             isFinal = stream.gcount() < static_cast<std::streamsize>(kBlockSize);
             feed(block.data(), static_cast<int>(stream.gcount()), isFinal);
         }
@@ -138,7 +140,8 @@ void readStream(ConfigNode& root, std::istream& stream) { Reader(root).read(stre
 void readFile(ConfigNode& root, const std::string& path) {
     std::error_code ignored;
     if (!std::filesystem::exists(path, ignored)) throw FileDoesNotExistException();
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file;
+    openForReading(file, path);
     // On purpose: a file that can't be opened counts as empty.
     // Pinned by ConfigReaderTest.TakesAnUnreadableFileForAnEmptyOne.
     if (!file) return;

@@ -9,6 +9,7 @@
 
 #include <expat.h>
 
+#include "kvl/InputFile.h"
 #include "kvl/minidom/Document.h"
 #include "kvl/minidom/ParseExceptions.h"
 #include "kvl/minidom/TreeBuilder.h"
@@ -46,6 +47,8 @@ public:
         bool isFinal = false;
         while (!isFinal) {
             stream.read(block.data(), kBlockSize);
+            // A disk that fails is no end of the file.
+            if (stream.bad()) throw std::runtime_error("the XML text can't be read");
             isFinal = stream.gcount() < static_cast<std::streamsize>(kBlockSize);
             feed(block.data(), static_cast<int>(stream.gcount()), isFinal);
         }
@@ -113,7 +116,8 @@ DocumentPtr parseStream(std::istream& stream, bool keepWhitespace) {
 }
 
 DocumentPtr parseFile(const std::string& path, bool keepWhitespace) {
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file;
+    openForReading(file, path);
     if (!file) throw std::runtime_error(path + " can't be opened");
     return parseStream(file, keepWhitespace);
 }

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "kvl/config/ConfigNode.h"
+#include "support/FailingInput.h"
 #include "support/TempDir.h"
 
 using namespace kvl::config;
@@ -179,6 +180,13 @@ TEST(ConfigReaderTest, TakesAnUnreadableFileForAnEmptyOne) {
     ConfigNode root;
     readFile(root, path);
     EXPECT_TRUE(root.children.empty());
+}
+
+TEST(ConfigReaderTest, AReadThatFailsIsNoEndOfTheFile) {
+    kz::test::FailingInput input("<a><b>1</b></a>");
+    std::istream stream(&input);
+    ConfigNode root;
+    EXPECT_THROW(readStream(root, stream), BadFileException);
 }
 
 TEST(ConfigReaderTest, Allows256LevelsAndRefusesOneMore) {

@@ -3,6 +3,7 @@
 #include "kvl/minidom/Dom.h"
 #include "kvl/minidom/ParseExceptions.h"
 #include "kvl/minidom/Parser.h"
+#include "support/FailingInput.h"
 #include "support/TempDir.h"
 
 using namespace kvl::minidom;
@@ -149,6 +150,12 @@ TEST(ParserTest, ReadsFilesOfExactlyOneBlockAndItsNeighbours) {
         const std::string path = dir.write("f.xml", kz::test::text("<r>" + value + "</r>"));
         EXPECT_EQ(outline(parseFile(path, false)), "{}r(\"" + value + "\")") << size;
     }
+}
+
+TEST(ParserTest, AReadThatFailsIsNoEndOfTheFile) {
+    kz::test::FailingInput input("<r/>");
+    std::istream stream(&input);
+    EXPECT_THROW(parseStream(stream, false), std::runtime_error);
 }
 
 TEST(ParserTest, RefusesAMissingFileWithAPlainException) {
