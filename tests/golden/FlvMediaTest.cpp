@@ -30,15 +30,16 @@ Presentation package(const TempDir& out, const std::string& clip,
     return readPresentation(out.path(), clip);
 }
 
-bool hasVideo(const std::vector<FlvTag>& tags) {
-    return std::any_of(tags.begin(), tags.end(), [](const FlvTag& tag) { return tag.type == 9; });
+bool hasVideo(const std::vector<StoredTag>& tags) {
+    return std::any_of(tags.begin(), tags.end(),
+                       [](const StoredTag& tag) { return tag.type == 9; });
 }
 
 /// The tags that must come out. A recording without video ends in front of its last time.
 std::vector<Bytes> expectedImages(const std::string& clip) {
-    const std::vector<FlvTag> tags = samplesInOrder(readFlvTags(readFile(media(clip))));
+    const std::vector<StoredTag> tags = samplesInOrder(readFlvTags(readFile(media(clip))));
     std::vector<Bytes> images;
-    for (const FlvTag& tag : tags) {
+    for (const StoredTag& tag : tags) {
         if (hasVideo(tags) || tag.timeMs < tags.back().timeMs) images.push_back(tag.image);
     }
     return images;

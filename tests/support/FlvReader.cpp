@@ -6,16 +6,16 @@
 
 namespace kz::test {
 
-std::vector<FlvTag> readFlvTags(const Bytes& file) {
+std::vector<StoredTag> readFlvTags(const Bytes& file) {
     ByteCursor in(file);
     if (in.text(3) != "FLV") throw std::runtime_error("no FLV signature");
     in.skip(2);
     in.seek(in.u32());
-    std::vector<FlvTag> tags;
+    std::vector<StoredTag> tags;
     in.skip(4);
     while (in.left() > 0) {
         const std::size_t start = in.position();
-        FlvTag tag;
+        StoredTag tag;
         tag.type = static_cast<int>(in.u8());
         const auto size = static_cast<std::size_t>(in.u24());
         tag.timeMs = static_cast<std::uint32_t>(in.u24());
@@ -29,9 +29,9 @@ std::vector<FlvTag> readFlvTags(const Bytes& file) {
     return tags;
 }
 
-std::vector<FlvTag> samplesInOrder(const std::vector<FlvTag>& tags) {
-    std::vector<FlvTag> audio;
-    std::vector<FlvTag> video;
+std::vector<StoredTag> samplesInOrder(const std::vector<StoredTag>& tags) {
+    std::vector<StoredTag> audio;
+    std::vector<StoredTag> video;
     std::vector<std::size_t> audioPlace;
     std::vector<std::size_t> videoPlace;
     for (std::size_t i = 0; i < tags.size(); ++i) {
@@ -44,7 +44,7 @@ std::vector<FlvTag> samplesInOrder(const std::vector<FlvTag>& tags) {
             videoPlace.push_back(i);
         }
     }
-    std::vector<FlvTag> out;
+    std::vector<StoredTag> out;
     std::size_t a = 0;
     std::size_t v = 0;
     while (a < audio.size() || v < video.size()) {
