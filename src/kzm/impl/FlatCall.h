@@ -21,11 +21,23 @@ auto flatCall(WriterImpl& writer, Operation operation) {
     }
 }
 
-/// Makes a writer; what fails is thrown as its number.
+/// Closes a writer before it goes. What fails then is swallowed: whoever wants to hear of it calls
+/// `close`.
+template <class WriterImpl>
+void closeAndDelete(WriterImpl* writer) noexcept {
+    try {
+        writer->close();
+    } catch (...) {  // see above
+    }
+    delete writer;
+}
+
+/// Makes a writer that is closed when its last handle goes; what fails is thrown as its number.
 template <class WriterImpl, class... Arguments>
 std::shared_ptr<WriterImpl> makeFlat(Arguments&&... arguments) {
     try {
-        return std::make_shared<WriterImpl>(std::forward<Arguments>(arguments)...);
+        return std::shared_ptr<WriterImpl>(new WriterImpl(std::forward<Arguments>(arguments)...),
+                                           closeAndDelete<WriterImpl>);
     } catch (...) {
         throw Exception(numberOfCurrentException());
     }

@@ -40,13 +40,6 @@ KZSWriter::KZSWriter(QlixIOStream& stream, const WriterConfiguration& configurat
     fragmentOpen_ = false;
 }
 
-KZSWriter::~KZSWriter() {
-    try {
-        close();
-    } catch (...) {  // whoever wants to hear of it calls close
-    }
-}
-
 std::uint32_t KZSWriter::addHintTrack(const KZMTrackInfo& info, const KZMTrackParams& params,
                                       const std::vector<std::uint32_t>& referenced) {
     requireOpen();

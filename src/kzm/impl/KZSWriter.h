@@ -22,7 +22,6 @@ namespace qlix::kzm::impl {
 class KZSWriter final : public Writer {
 public:
     KZSWriter(QlixIOStream& stream, const WriterConfiguration& configuration, Allocator* allocator);
-    ~KZSWriter() override;
 
     std::uint32_t addHintTrack(const KZMTrackInfo& info, const KZMTrackParams& params,
                                const std::vector<std::uint32_t>& referenced);

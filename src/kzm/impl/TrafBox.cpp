@@ -67,15 +67,15 @@ void TrafBox::readChildren(RootBox* root, bool validate) {
     defaults.flags = tfhd_->defaultFlags();
     std::uint64_t time = startTime(root);
     for (std::size_t i = 0; i < childCount(); ++i) {
-        Box* each = heldChild(i);
-        if (each == tfhd_) continue;
-        if (auto* run = dynamic_cast<TrunBox*>(each)) {
+        Box& each = *heldChild(i);
+        if (&each == tfhd_) continue;
+        if (auto* run = dynamic_cast<TrunBox*>(&each)) {
             run->setDefaults(defaults);
             run->parse(root, validate);
             time = run->setStartTime(time);
             defaults.nextOffset = run->dataEnd();
         } else {
-            each->parse(root, validate);
+            each.parse(root, validate);
         }
     }
     if (state_ != nullptr) {

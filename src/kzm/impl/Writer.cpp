@@ -37,13 +37,6 @@ Writer::Writer(QlixIOStream& stream, const WriterConfiguration& configuration, A
     file_->flush();
 }
 
-Writer::~Writer() {
-    try {
-        close();
-    } catch (...) {  // whoever wants to hear of it calls close
-    }
-}
-
 void Writer::requireOpen() const {
     if (!isOpen()) raise(ErrorCode::notOpen);
 }

@@ -26,8 +26,8 @@ namespace qlix::kzm::impl {
 class Writer : public KZMBase {
 public:
     Writer(QlixIOStream& stream, const WriterConfiguration& configuration, Allocator* allocator);
-    /// Closes, and swallows what fails.
-    ~Writer() override;
+    /// Gives samples and stream back; the file is finished only by `close`.
+    ~Writer() override = default;
 
     /// Returns the id of the track.
     std::uint32_t addTrack(const KZMTrackInfo& info, const KZMTrackParams& params,
