@@ -114,6 +114,13 @@ TEST(OptionsCliTest, TheDefaultSettingsFileIsReadFromTheCurrentFolder) {
     EXPECT_NE(result.out.find("Allowed options:"), std::string::npos);
 }
 
+TEST(OptionsCliTest, ASwitchOfTheSettingsFileCanNotBeTurnedOff) {
+    const TempDir folder;
+    folder.write("c.xml", text("<c><version>true</version></c>"));
+    EXPECT_EQ(packagerIn(folder.path(), {"--conf-file=c.xml"}).out, kVersion);
+    expectFailure(packagerIn(folder.path(), {"--conf-file=c.xml", "--version=false"}), 9, kUsage);
+}
+
 TEST(OptionsCliTest, ANamedSettingsFileStandsInForTheDefaultOne) {
     const TempDir folder;
     folder.write("kzspackager_config.xml", text("<c><help>true</help></c>"));

@@ -79,6 +79,13 @@ TEST_F(PackageCliTest, AnOutputNameReplacesTheInputsAndItsFoldersDoNotCount) {
     EXPECT_EQ(countOf(manifest("name.kzd"), "streamId=\"name\""), 1U);
 }
 
+TEST_F(PackageCliTest, TheStreamAndItsUrlAreBothTheBaseName) {
+    folder.write("clip.flv", avClip(1000, 1000));
+    expectPackaged();
+    EXPECT_EQ(countOf(manifest(), "streamId=\"clip\""), 1U);
+    EXPECT_EQ(countOf(manifest(), "url=\"clip\""), 1U);
+}
+
 TEST_F(PackageCliTest, OnlyTheLastExtensionGoes) {
     folder.write("movie.part1.flv", avClip(1000, 1000));
     const ProcessResult result =

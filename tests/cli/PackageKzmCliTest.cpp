@@ -1,9 +1,35 @@
+#include <sstream>
+
 #include "cli/PackageFixture.h"
 
 namespace kz::test {
 namespace {
 
 const std::string kMedia = KZ_TEST_DATA_DIR "/media/";
+
+/// The longest base64 line of a piece of XML, decoded.
+std::string decoded(const std::string& xml) {
+    const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string longest;
+    std::istringstream words(xml);
+    for (std::string word; words >> word;) {
+        if (word.size() > longest.size()) longest = word;
+    }
+    std::string out;
+    std::uint32_t bits = 0;
+    int count = 0;
+    for (const char c : longest) {
+        const std::size_t value = alphabet.find(c);
+        if (value == std::string::npos) break;
+        bits = bits << 6 | static_cast<std::uint32_t>(value);
+        count += 6;
+        if (count >= 8) {
+            count -= 8;
+            out += static_cast<char>(bits >> count);
+        }
+    }
+    return out;
+}
 
 class PackageKzmCliTest : public PackageFixture {
 protected:
@@ -32,6 +58,17 @@ TEST_F(PackageKzmCliTest, AnMp4FileIsPackagedLikeAnFlvFile) {
     const Presentation presentation = read();
     ASSERT_EQ(presentation.segments.size(), 1U);
     EXPECT_EQ(presentation.segments[0].fragments.size(), 4U);
+}
+
+TEST_F(PackageKzmCliTest, TheMetadataDescribesTheSourceAndNotTheSegments) {
+    EXPECT_EQ(packageFile(kMedia + "h264_aac_faststart.mp4").status, 0);
+    const std::string whole = manifest();
+    const std::size_t begin = whole.find("<metadata");
+    ASSERT_NE(begin, std::string::npos);
+    const std::string metadata =
+        decoded(whole.substr(begin, whole.find("</metadata", begin) - begin));
+    // The frame rate comes from the count of samples, which the segments' tracks don't have.
+    EXPECT_NE(metadata.find("videoframerate"), std::string::npos);
 }
 
 TEST_F(PackageKzmCliTest, AFragmentedFileIsReadToItsEnd) {

@@ -233,6 +233,13 @@ TEST(PackagerOptionsTest, TheHelpListingKeepsItsSpellings) {
     EXPECT_EQ(description.find("output-manifest-file", false).description(),
               "The name of the output manifest file. Use this option to generate output files "
               "with a custom name");
+    EXPECT_EQ(description.find("edit-list", false).description(),
+              "Use edit-list in the input file to package the file into kzs");
+    EXPECT_EQ(description.find("sample-dump", false).description(),
+              "Dumps the samples and the fragments they\x92re set to. This option does not "
+              "fragment the file.");
+    EXPECT_EQ(description.find("bitrate", false).description(),
+              "Specfies the bitrate of the content to fragment and adds it to the manifest file.");
 }
 
 TEST(PackagerOptionsTest, TheVersionTextIsOneLineBetweenLineEnds) {
