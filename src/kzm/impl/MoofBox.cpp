@@ -24,10 +24,10 @@ void MoofBox::readChildren(RootBox* root, bool validate) {
     FragmentState state;
     state.moofStart = position();
     for (std::size_t i = 0; i < childCount(); ++i) {
-        Box* each = heldChild(i);
-        auto* traf = dynamic_cast<TrafBox*>(each);
+        Box& each = *heldChild(i);
+        auto* traf = each.type() == fourCc("traf") ? dynamic_cast<TrafBox*>(&each) : nullptr;
         if (traf != nullptr) traf->setFragmentState(&state);
-        each->parse(root, validate);
+        each.parse(root, validate);
         if (traf != nullptr) traf->setFragmentState(nullptr);
     }
     // On purpose: a fragment that is the very first box of a file doesn't count for those behind

@@ -68,7 +68,7 @@ void TrafBox::readChildren(RootBox* root, bool validate) {
     std::uint64_t time = startTime(root);
     for (std::size_t i = 0; i < childCount(); ++i) {
         Box& each = *heldChild(i);
-        if (&each == tfhd_) continue;
+        if (each.type() == tfhd_->type()) continue;
         if (auto* run = dynamic_cast<TrunBox*>(&each)) {
             run->setDefaults(defaults);
             run->parse(root, validate);
