@@ -16,6 +16,8 @@ import subprocess
 import sys
 import time
 
+from protection import protection_options
+
 HERE = pathlib.Path(__file__).resolve().parent
 
 
@@ -101,6 +103,34 @@ class Bench:
         self.fresh()
         self.print_row(name, path.stat().st_size, small.stat().st_size, runs, written, calls)
 
+    def protected_row(self, name, kind, megabytes):
+        """A protected run beside a clear one and what encrypting the same bytes costs by itself."""
+        path = self.make(kind, max(5.0, megabytes * self.scale))
+        options = protection_options(self.work / "keys")
+        copy = str(self.work / "copy")
+        commands = {
+            "cp": ["cp", str(path), copy],
+            "openssl enc": ["openssl", "enc", "-aes-128-cbc", "-K", "00" * 16, "-iv", "00" * 16,
+                            "-in", str(path), "-out", copy],
+            "clear": self.package(path),
+            "protected": self.package(path, *options),
+        }
+        runs = {label: [] for label in commands}
+        for _ in range(self.rounds):
+            for label, argv in commands.items():
+                self.fresh()
+                runs[label].append(timed(argv))
+        self.fresh()
+        best = {k: min(r.wall for r in v) for k, v in runs.items()}
+        print(f"\n{name}: {path.stat().st_size / 1e6:.0f} MB")
+        for label, all_runs in runs.items():
+            fastest = min(all_runs, key=lambda r: r.wall)
+            print(f"  {label:12} {best[label]:8.3f} s wall, {fastest.user:.3f} user, {fastest.system:.3f} sys,"
+                  f" peak {max(r.peak_mb for r in all_runs):.1f} MB")
+        allowed = best["clear"] + 1.2 * (best["openssl enc"] - best["cp"])
+        print(f"  clear + 1.2 x (openssl enc - cp) = {allowed:.3f} s; protected takes {best['protected'] / allowed:.2f}"
+              " of it")
+
     def print_row(self, name, size, small_size, runs, written, calls):
         best = {k: min(r.wall for r in v) for k, v in runs.items()}
         middle = {k: statistics.median(r.wall for r in v) for k, v in runs.items()}
@@ -129,7 +159,7 @@ ROWS = {
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--quick", action="store_true")
-    parser.add_argument("--rows", default=",".join(ROWS))
+    parser.add_argument("--rows", default=",".join([*ROWS, "protected"]))
     parser.add_argument("binary", type=pathlib.Path)
     parser.add_argument("clip", type=pathlib.Path)
     parser.add_argument("work")
@@ -137,7 +167,10 @@ def main():
     pathlib.Path(options.work).mkdir(parents=True, exist_ok=True)
     bench = Bench(options)
     for name in options.rows.split(","):
-        bench.row(*ROWS[name])
+        if name == "protected":
+            bench.protected_row("FLV, protected", "flv", 1000)
+        else:
+            bench.row(*ROWS[name])
 
 
 if __name__ == "__main__":
