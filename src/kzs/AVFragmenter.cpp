@@ -113,6 +113,8 @@ void AVFragmenter::moveCells(std::uint64_t cell) {
     currentCell_ = cell;
 }
 
+// On purpose: an event of no consequence tells the cells and the state all the same.
+// Pinned by the transition tests.
 FragmentEvent AVFragmenter::nothing(const Step& step) const {
     FragmentEvent event;
     event.currentCell = step.cell;
@@ -201,7 +203,9 @@ FragmentEvent AVFragmenter::finish(const FragmenterSample& lastSample) {
     event.fragmentNumber = fragmentNumberOf(fragmentStart_.value, fragmentDuration_);
     event.start = fragmentStart_;
     event.end = last;
-    event.end.value += last.timescale / 1000;  // one millisecond
+    // On purpose: one millisecond behind the last sample, so that it lies inside.
+    // Pinned by AVFragmenterTest.FinishesByItsState.
+    event.end.value += last.timescale / 1000;
     event.currentCell = cellOf(last.value, fragmentDuration_);
     event.previousCell = currentCell_;
     event.state = -1;

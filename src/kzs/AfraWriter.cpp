@@ -31,6 +31,8 @@ std::uint8_t* putId(std::uint8_t* out, std::uint32_t value, bool wide) {
 }
 
 std::uint8_t bitsOf(const AfraIndex& index) {
+    // On purpose: the widths follow the two flags alone, whatever the values need.
+    // Pinned by AfraWriterTest.CutsIdsAndOffsetsInTheShortForm.
     return static_cast<std::uint8_t>((index.longIds ? kAfraLongIds : 0) |
                                      (index.longOffsets ? kAfraLongOffsets : 0) |
                                      (index.globalEntries.empty() ? 0 : kAfraGlobalEntries));

@@ -78,6 +78,8 @@ void BootstrapBuilder::addFragment(std::uint32_t segment, std::uint32_t fragment
 
 void BootstrapBuilder::addDiscontinuity(std::uint32_t segment, std::uint32_t fragment,
                                         const Timestamp& time) {
+    // On purpose: a gap in front of the first fragment leaves no trace.
+    // Pinned by BootstrapBuilderTest.LeavesNoTraceOfAGapBeforeTheFirstFragment.
     if (fragmentsOf(bootstrap_).empty()) return;
     if (fragment > lastFragment_ + 1) addSkippedFragments(segment, fragment - 1);
     if (!endsWithIndicator(kFragmentWithoutData)) {
@@ -100,6 +102,8 @@ std::uint32_t BootstrapBuilder::rounded(std::uint64_t duration) const {
     const double exact = static_cast<double>(duration);
     const double quotient = low32(truncated(exact / durationPrecision_));
     const double remainder = exact - quotient * durationPrecision_;
+    // On purpose: a tie goes up, and nothing becomes one whole unit.
+    // Pinned by BootstrapBuilderTest.RoundsATieUp and .NeverRoundsToZero.
     const bool down = durationPrecision_ * 0.5 > remainder;
     const std::uint32_t result =
         low32(truncated((down ? quotient : quotient + 1) * durationPrecision_));
@@ -108,6 +112,8 @@ std::uint32_t BootstrapBuilder::rounded(std::uint64_t duration) const {
 
 bool BootstrapBuilder::hasDrifted(std::uint64_t time) const {
     const std::uint64_t drift = std::max(time, expectedTime_) - std::min(time, expectedTime_);
+    // On purpose: exactly the allowed drift is none.
+    // Pinned by BootstrapBuilderTest.StaysInTheRunAtExactlyTheAllowedDrift.
     return drift > allowedDrift_;
 }
 

@@ -58,6 +58,7 @@ void body(ByteAppender& out, const BootstrapInfo& info) {
     out.u8(bitsOf(info));
     out.u32(info.timescale);
     // On purpose: in whatever timescale it has.
+    // Pinned by BootstrapWriterTest.WritesTimesAsTheyStandWhateverTheirTimescale.
     out.u64(info.currentMediaTime.value);
     out.u64(info.smpteTimeCodeOffset);
     out.text(info.movieIdentifier);

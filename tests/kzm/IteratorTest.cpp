@@ -244,6 +244,20 @@ TEST(FragmentedTrackIteratorTest, PassesOverEmptyRuns) {
     EXPECT_EQ(timesOf(OpenIso(bytes.patched(trun + 8, u32(1))).samples()), "0k");
 }
 
+TEST(FragmentedTrackIteratorTest, TellsSyncSamplesByTwoFlags) {
+    const Bytes bytes = fragmented(1, 1).build();
+    std::size_t trun = 0;
+    while (bytes.slice(trun, 4) != text("trun")) ++trun;
+    const auto timesWith = [&](std::uint32_t flags) {
+        return timesOf(OpenIso(bytes.patched(trun + 24, u32(flags))).samples());
+    };
+    EXPECT_EQ(timesWith(0), "0k");
+    EXPECT_EQ(timesWith(0x02000000), "0k");
+    EXPECT_EQ(timesWith(0x01000000), "0");
+    EXPECT_EQ(timesWith(0x00010000), "0");
+    EXPECT_EQ(timesWith(0x01010000), "0");
+}
+
 TEST(PresentationIterTest, ShiftsTimesAndMarksPauses) {
     IsoFile file = oneTrack(10);
     file.tracks[0].edits = {{{500, -1}, {160, 80}}};

@@ -142,6 +142,18 @@ INSTANTIATE_TEST_SUITE_P(
                     Case{kInState8, "p350", "None 0 [0,0) 4/4 state 8", "200/4"},
                     Case{kInState8, "v200", "None 0 [0,0) 3/4 state 8", "200/4"}));
 
+TEST(AVFragmenterTest, PutsASampleOnALineIntoTheLaterCell) {
+    EXPECT_EQ(answersTo("v0 p99").last, "None 0 [0,0) 1/1 state 4");
+    EXPECT_EQ(answersTo("v0 p100").last, "None 0 [0,0) 2/2 state 3");
+    EXPECT_EQ(answersTo("v0 p101").last, "None 0 [0,0) 2/2 state 3");
+}
+
+TEST(AVFragmenterTest, CrossesTheLineOnWhichTheFirstSampleLies) {
+    EXPECT_EQ(answersTo("v199").last, "None 0 [0,0) 2/2 state 1");
+    EXPECT_EQ(answersTo("v200").last, "None 0 [0,0) 3/3 state 4");
+    EXPECT_EQ(answersTo("v201").last, "None 0 [0,0) 3/3 state 1");
+}
+
 TEST(AVFragmenterTest, ClosesNothingBeforeTheFirstKeyFrame) {
     const Answers answers = answersTo("a50 a150 p250 p950");
     EXPECT_EQ(answers.last, "None 0 [0,0) 10/2 state 2");

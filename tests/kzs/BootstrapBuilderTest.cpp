@@ -227,6 +227,25 @@ TEST(BootstrapBuilderTest, MarksTheEndInTheCompressedTableOnly) {
     EXPECT_EQ(builder.bootstrap().version, 1U);
 }
 
+TEST(BootstrapBuilderTest, HasOnlyTheEndMarkWhenNothingButAGapCame) {
+    BootstrapBuilder builder;
+    builder.addDiscontinuity(1, 1, milliseconds(0));
+    builder.markEnd();
+    EXPECT_EQ(fragmentsOf(builder.bootstrap()), "0@0!0");
+    EXPECT_EQ(segmentsOf(builder.bootstrap()), "");
+    EXPECT_EQ(builder.bootstrap().version, 0U);
+}
+
+TEST(BootstrapBuilderTest, SkipsFromTheNumberBehindTheLastOne) {
+    // The next number may not be above the last skipped one, as when numbers fall back.
+    BootstrapBuilder builder;
+    builder.addFragment(1, 7, milliseconds(24000), 4000);
+    builder.addFragment(1, 3, milliseconds(8000), 4000);
+    builder.addFragment(1, 5, milliseconds(16000), 4000);
+    EXPECT_EQ(fragmentsOf(builder.bootstrap()), "7@24000+4000 3@8000+4000 4@0!2 5@16000+4000");
+    EXPECT_EQ(segmentsOf(builder.bootstrap()), "1:4");
+}
+
 TEST(BootstrapBuilderTest, RoundsHugeAndSenselessDurationsWithoutHarm) {
     // 2^64 / 100 is 0x28F5C28F5C28F60 as a double; (0xF5C28F60 + 1) x 100 is 0x60000001E4.
     EXPECT_EQ(roundedBy(100, 0xFFFFFFFFFFFFFFFF), 0x1E4U);

@@ -51,10 +51,11 @@ DocIterator::DocIterator(std::shared_ptr<Reader> reader,
                          const TimeRange& range)
     : reader_(std::move(reader)) {
     for (const auto& track : tracks) {
+        std::unique_ptr<SampleIterator> samples =
+            iteratorOver(track, range, reader_->ignoresEdits());
+        if (!samples->hasSample()) continue;
         // No honest track has more samples than the file has bytes: a damaged one ends there.
-        Source source{iteratorOver(track, range, reader_->ignoresEdits()), std::nullopt,
-                      reader_->fileSize()};
-        if (source.samples->hasSample()) sources_.push_back(std::move(source));
+        sources_.push_back({std::move(samples), std::nullopt, reader_->fileSize()});
     }
     for (Source& source : sources_) refill(source);
 }
@@ -77,6 +78,8 @@ Sample DocIterator::next() {
     Source* chosen = nullptr;
     for (Source& source : sources_) {
         if (!source.head) continue;
+        // On purpose: of equal times the one of the track that comes first.
+        // Pinned by DocIteratorTest.InterleavesByTimeAndGivesTiesToTheFirstTrack.
         if (chosen == nullptr || isEarlier(*source.head, *chosen->head)) chosen = &source;
     }
     if (chosen == nullptr) raise(ErrorCode::badArgument);

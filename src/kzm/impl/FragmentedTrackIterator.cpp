@@ -10,7 +10,8 @@
 namespace qlix::kzm::impl {
 namespace {
 
-// In the flags of a sample: it depends on no other, or it is none to start at.
+// In the flags of a sample: it depends on others, or it is none to start at. On purpose either
+// bit alone denies a sync sample. Pinned by FragmentedTrackIteratorTest.TellsSyncSamplesByTwoFlags.
 constexpr std::uint32_t kDependsOnOthers = 0x01000000;
 constexpr std::uint32_t kIsNoSync = 0x00010000;
 

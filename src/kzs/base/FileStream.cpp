@@ -70,6 +70,8 @@ std::uint64_t FileStream::read(void* buffer, std::uint64_t count) {
 }
 
 std::uint64_t FileStream::seek(std::int64_t offset, int origin) {
+    // On purpose: any other origin counts from the position.
+    // Pinned by FileStreamTest.CountsFromThePositionForAnyOtherOrigin.
     const int whence = origin == kFromStart ? SEEK_SET : origin == kFromEnd ? SEEK_END : SEEK_CUR;
     const off_t position = ::lseek(descriptor(), offset, whence);
     if (position < 0) fail();
