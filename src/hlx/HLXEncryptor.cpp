@@ -6,7 +6,7 @@
 namespace hlx {
 namespace {
 
-/// What the library is told of NAL units, whatever the sample.
+/// On purpose: what the library is told of NAL units, whatever the sample.
 constexpr std::uint32_t kNalLengthSize = 4;
 
 QlixHLXEncryptor* create(const SecretBytes& commonKey, const std::string& contentId,

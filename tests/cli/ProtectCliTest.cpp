@@ -151,6 +151,13 @@ INSTANTIATE_TEST_SUITE_P(Flv, ProtectMediaTest,
                                            "scene_cuts.flv", "short_3s.flv", "speex_only.flv",
                                            "video_late_700ms.flv"));
 
+INSTANTIATE_TEST_SUITE_P(Mp4, ProtectMediaTest,
+                         ::testing::Values("aac_only.m4a", "ac3.mp4", "eac3.mp4", "empty_edit.mp4",
+                                           "frag_dbm.mp4", "frag_base_offset.mp4",
+                                           "h264_aac_bframes.mp4", "h264_aac_faststart.mp4",
+                                           "long_gop_9s.mp4", "mp3.mp4", "mpeg4p2.mp4",
+                                           "ts90000.mp4"));
+
 TEST_F(ProtectCliTest, EachKindOfTrackHasItsSwitch) {
     const char* const input = "h264_aac_20s.flv";
     const std::vector<Bytes> clear = clearTags(input);
