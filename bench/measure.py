@@ -16,7 +16,8 @@ import subprocess
 import sys
 import time
 
-from protection import protection_options
+sys.dont_write_bytecode = True  # the tree stays clean
+from protection import protection_options  # noqa: E402
 
 HERE = pathlib.Path(__file__).resolve().parent
 
