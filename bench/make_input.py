@@ -3,7 +3,7 @@
 
 usage: make_input.py KIND CLIP OUT MEGABYTES
   flv       H.264 + AAC, video frames stretched to 8 Mbit/s at 25 frames a second
-  audio     AAC only, a tag about every 23 ms
+  audio     AAC only, a tag about every 23 ms, stretched to 128 kbit/s
   frames    as flv, with small frames: for long recordings of many fragments
   mp4       the samples of flv in a plain MP4 file, moov in front
   fmp4      the same, a fragment a second
@@ -12,6 +12,7 @@ import struct
 import sys
 
 FRAME_BYTES = 40000
+AUDIO_BYTES = 370
 
 
 def read_tags(path):
@@ -44,6 +45,8 @@ def recording(clip, kind, size):
     rest = [t for t in tags if t not in headers]
     if kind not in ("audio", "frames"):
         rest = [(k, ms, stretched(b, FRAME_BYTES) if k == 9 else b) for k, ms, b in rest]
+    if kind == "audio":
+        rest = [(k, ms, b.ljust(AUDIO_BYTES, b"\0")) for k, ms, b in rest]
     rest.sort(key=lambda t: t[1])
     length = 20000 if kind != "audio" else rest[-1][1] + 23
     yield from headers
