@@ -1,11 +1,10 @@
-#include <fstream>
-#include <map>
-#include <sstream>
+#include <numeric>
 
 #include <gtest/gtest.h>
 
 #include "kzm/ReaderSupport.h"
 #include "kzs/base/ByteOrder.h"
+#include "support/SampleTable.h"
 #include "support/TempDir.h"
 
 namespace qlix::kzm {
@@ -13,95 +12,120 @@ namespace {
 
 using namespace kz::test;
 
-// What an outside probe says of a sample; the command stands in the first line of each table.
-struct Probed {
-    std::int64_t pts = 0;
-    std::int64_t dts = 0;
-    std::uint32_t size = 0;
-    std::uint64_t position = 0;
-    bool isKey = false;
-};
-
-std::map<std::size_t, std::vector<Probed>> probed(const std::string& name) {
-    std::ifstream in(KZ_TEST_DATA_DIR "/samples/" + name + ".txt");
-    std::map<std::size_t, std::vector<Probed>> tracks;
-    for (std::string line; std::getline(in, line);) {
-        if (line[0] == '#') continue;
-        std::istringstream fields(line);
-        std::size_t track = 0;
-        Probed row;
-        char comma = 0;
-        fields >> track >> comma >> row.pts >> comma >> row.dts >> comma >> row.size >> comma >>
-            row.position;
-        row.isKey = line.back() == 'K';
-        tracks[track].push_back(row);
-    }
-    return tracks;
+std::uint32_t codeOf(const std::string& letters) {
+    return torvo::kzs::loadU32(bytesOf(letters).data());
 }
 
-class MediaSamplesTest : public testing::TestWithParam<const char*> {};
+OpenIso open(const SampleTable& table, Edits edits = Edits::kIgnored) {
+    return OpenIso(readFile(table.path), edits == Edits::kIgnored);
+}
 
-TEST_P(MediaSamplesTest, AgreesWithTheProbeOnEverySample) {
-    const auto expected = probed(GetParam());
-    ASSERT_FALSE(expected.empty());
-    const OpenIso open(readFile(std::string(KZ_TEST_DATA_DIR "/media/") + GetParam() + ".mp4"));
-    const std::vector<Track> tracks = open.reader.tracks();
-    ASSERT_EQ(tracks.size(), expected.size());
+std::vector<std::size_t> allTracks(const SampleTable& table) {
+    std::vector<std::size_t> numbers(table.tracks.size());
+    std::iota(numbers.begin(), numbers.end(), std::size_t{0});
+    return numbers;
+}
+
+void expectSample(const Sample& actual, const SampleTable& table, std::size_t track,
+                  const TableSample& expected) {
+    EXPECT_EQ(actual.compositionOffset, static_cast<std::uint32_t>(expected.compositionOffset));
+    EXPECT_EQ(actual.size, expected.size);
+    EXPECT_EQ(actual.fileOffset, expected.offset);
+    EXPECT_EQ(actual.frameType() == kSampleIsSync, table.isSync(table.tracks[track], expected));
+    EXPECT_EQ(actual.timescale, table.tracks[track].timescale);
+    ASSERT_NE(actual.description, nullptr);
+    EXPECT_EQ(actual.description->format, codeOf(table.tracks[track].format));
+}
+
+class MediaSamplesTest : public testing::TestWithParam<std::string> {
+protected:
+    /// Every sample of the whole file, track by track interleaved by time.
+    void expectPresented(Edits edits) const {
+        const SampleTable table = readSampleTable(GetParam());
+        const OpenIso file = open(table, edits);
+        const std::vector<PresentedSample> expected = presented(table, allTracks(table), edits);
+        const std::vector<Sample> actual = file.samples();
+        ASSERT_EQ(actual.size(), expected.size());
+        const std::vector<Track> tracks = file.reader.tracks();
+        for (std::size_t i = 0; i < actual.size(); ++i) {
+            SCOPED_TRACE("sample " + std::to_string(i));
+            const PresentedSample& wanted = expected[i];
+            ASSERT_EQ(actual[i].track.info().trackId, tracks[wanted.track].info().trackId);
+            ASSERT_EQ(actual[i].time, wanted.time);
+            ASSERT_EQ(actual[i].frameType() == kSampleIsEmptyEdit, wanted.isPause);
+            if (!wanted.isPause) expectSample(actual[i], table, wanted.track, wanted.sample);
+        }
+    }
+};
+
+TEST_P(MediaSamplesTest, TheMovieIsWhatAnotherReaderSees) {
+    const SampleTable table = readSampleTable(GetParam());
+    const OpenIso file = open(table);
+    const DocInfo movie = file.reader.docInfo();
+    EXPECT_EQ(movie.timescale, table.movieTimescale);
+    EXPECT_EQ(movie.duration, table.movieDuration);
+    EXPECT_EQ(movie.fragmented, table.isFragmented);
+    const std::vector<Track> tracks = file.reader.tracks();
+    ASSERT_EQ(tracks.size(), table.tracks.size());
+    for (std::size_t i = 0; i < tracks.size(); ++i) {
+        EXPECT_EQ(tracks[i].info().handler, codeOf(table.tracks[i].handler));
+        EXPECT_EQ(tracks[i].info().timescale, table.tracks[i].timescale);
+    }
+}
+
+TEST_P(MediaSamplesTest, EverySampleOfEachTrackIsWhatTheProbeSays) {
+    const SampleTable table = readSampleTable(GetParam());
+    const OpenIso file = open(table);
+    const std::vector<Track> tracks = file.reader.tracks();
+    ASSERT_EQ(tracks.size(), table.tracks.size());
     for (std::size_t t = 0; t < tracks.size(); ++t) {
         SCOPED_TRACE("track " + std::to_string(t));
-        const std::vector<Probed>& rows = expected.at(t);
+        ASSERT_FALSE(table.tracks[t].samples.empty());
+        // To a time far behind the end, so that the movie's duration cuts nothing off.
         const auto iterator =
-            open.reader.createIterator({0, 1000}, {1000000, 1}, std::vector<Track>{tracks[t]});
-        for (std::size_t i = 0; i < rows.size(); ++i) {
-            SCOPED_TRACE("sample " + std::to_string(i));
+            file.reader.createIterator({0, 1000}, {1000000, 1}, std::vector<Track>{tracks[t]});
+        for (const TableSample& expected : table.tracks[t].samples) {
             ASSERT_TRUE(iterator->hasSample());
             const Sample sample = iterator->next();
-            EXPECT_EQ(sample.time, static_cast<std::uint64_t>(rows[i].dts));
-            EXPECT_EQ(static_cast<std::int32_t>(sample.compositionOffset),
-                      rows[i].pts - rows[i].dts);
-            EXPECT_EQ(sample.size, rows[i].size);
-            EXPECT_EQ(sample.fileOffset, rows[i].position);
-            if (sample.handler == torvo::kzs::fourCc("vide")) {
-                EXPECT_EQ(sample.frameType() == kSampleIsSync, rows[i].isKey);
-            }
+            ASSERT_EQ(sample.time, expected.dts);
+            expectSample(sample, table, t, expected);
         }
         EXPECT_FALSE(iterator->hasSample());
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Shared, MediaSamplesTest,
-                         testing::Values("h264_aac_bframes", "h264_aac_faststart",
-                                         "frag_base_offset", "frag_dbm", "frag_many_per_gop_dur",
-                                         "empty_edit", "ts90000", "text_track"),
-                         [](const testing::TestParamInfo<const char*>& file) {
-                             return std::string(file.param);
-                         });
+// Media at or behind the duration of the movie are left out.
+TEST_P(MediaSamplesTest, TracksAreInterleavedUpToTheDurationOfTheMovie) {
+    expectPresented(Edits::kIgnored);
+}
 
-// A last sample of sound often lies behind the duration of the movie, since its media begins with
-// priming that only an edit list cuts off.
-TEST(MediaDurationTest, LosesNoSampleThatStartsBeforeTheEndOfTheMovie) {
-    for (const char* name : {"h264_aac_bframes", "h264_aac_faststart", "frag_base_offset",
-                             "frag_dbm", "frag_many_per_gop_dur", "empty_edit", "ts90000"}) {
-        SCOPED_TRACE(name);
-        const OpenIso open(readFile(std::string(KZ_TEST_DATA_DIR "/media/") + name + ".mp4"));
-        const std::uint64_t durationMs = open.reader.docInfo().duration;
-        std::size_t count = 0;
-        for (const auto& [track, rows] : probed(name)) {
-            const std::uint64_t timescale = open.reader.tracks()[track].info().timescale;
-            for (const Probed& row : rows) {
-                const auto dts = static_cast<std::uint64_t>(row.dts);
-                if (durationMs == 0 || dts * 1000 < durationMs * timescale) ++count;
-            }
-        }
-        EXPECT_EQ(open.samples().size(), count);
-    }
+TEST_P(MediaSamplesTest, EditListsMoveAndCutTheSamples) { expectPresented(Edits::kFollowed); }
+
+INSTANTIATE_TEST_SUITE_P(AllMovies, MediaSamplesTest, testing::ValuesIn(sampleTableNames()),
+                         [](const auto& parameter) { return parameter.param; });
+
+// The numbers were counted by hand in the tables.
+TEST(MediaDurationTest, ASoundThatEndsBehindTheMovieLosesWhatLiesBehind) {
+    const SampleTable table = readSampleTable("h264_aac_faststart");
+    ASSERT_EQ(table.tracks[1].samples.size(), 561U);
+    // The last one begins at 573440 / 44100 = 13.003 s, the movie ends at 13 s.
+    EXPECT_EQ(open(table).samples({torvo::kzs::fourCc("soun")}).size(), 560U);
 }
 
 TEST(MediaDurationTest, GivesEverySampleOfTheSoundThroughItsEditList) {
-    const OpenIso open(readFile(KZ_TEST_DATA_DIR "/media/h264_aac_bframes.mp4"), false);
+    const SampleTable table = readSampleTable("h264_aac_bframes");
+    ASSERT_EQ(table.tracks[1].samples.size(), 691U);
     // The first one is the priming, which the list cuts off.
-    EXPECT_EQ(open.samples({torvo::kzs::fourCc("soun")}).size(),
-              probed("h264_aac_bframes").at(1).size() - 1);
+    EXPECT_EQ(open(table, Edits::kFollowed).samples({torvo::kzs::fourCc("soun")}).size(), 690U);
+}
+
+TEST(MediaTablesTest, EveryMovieHasATable) {
+    EXPECT_EQ(
+        sampleTableNames(),
+        (std::vector<std::string>{"aac_only", "ac3", "eac3", "empty_edit", "frag_base_offset",
+                                  "frag_base_offset_dur", "frag_dbm", "frag_many_per_gop",
+                                  "frag_many_per_gop_dur", "h264_aac_bframes", "h264_aac_faststart",
+                                  "long_gop_9s", "mp3", "mpeg4p2", "text_track", "ts90000"}));
 }
 
 }  // namespace
