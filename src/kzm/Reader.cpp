@@ -87,6 +87,7 @@ std::shared_ptr<SampleIterator> Reader::createIterator(const MovieTime& start, c
             if (!track) raise(ErrorCode::badArgument);
             tracks.push_back(track.handle());
         }
+        if (tracks.empty()) tracks = reader_->selected({});
         return reader_->createIterator(scaled(start), scaled(end), tracks);
     });
 }

@@ -64,7 +64,7 @@ public:
     /// presentation, and pauses come as markers.
     ///
     /// The order of a selection by handlers is that of the list, within a handler that of the
-    /// file; an empty list takes all tracks. Throws noSampleTables.
+    /// file; an empty list, of handlers or of tracks, takes all tracks. Throws noSampleTables.
     std::shared_ptr<SampleIterator> createIterator(
         const MovieTime& start, const MovieTime& end,
         const std::vector<std::uint32_t>& handlers) const;

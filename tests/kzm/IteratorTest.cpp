@@ -379,6 +379,16 @@ TEST(DocIteratorTest, TakesTracksInTheGivenOrder) {
     EXPECT_FALSE(iterator->hasSample());
 }
 
+TEST(DocIteratorTest, TakesAllTracksForAnEmptySelection) {
+    IsoFile file;
+    file.tracks = {isoVideoTrack(1, 1), isoVideoTrack(2, 1)};
+    const OpenIso open(file);
+    const auto iterator =
+        open.reader.createIterator({0, 1000}, open.reader.wholeEnd(), std::vector<Track>{});
+    iterator->next();
+    EXPECT_EQ(iterator->next().track.info().trackId, 2U);
+}
+
 TEST(DocIteratorTest, ComparesTimesOfDifferentTimescalesExactly) {
     // 3001 / 90000 s is behind 33 ms and 2970 / 90000 s is exactly 33 ms.
     IsoFile file;
