@@ -12,7 +12,7 @@ bench=("${build[@]}" libbenchmark-dev python3 openssl strace time)
 # The fuzz targets need clang and its runtime, the coverage report gcovr.
 stress=("${test[@]}" clang libclang-rt-14-dev gcovr)
 # The examples: a web server and a browser, Snakemake, and Node.js unless another one is there.
-examples=("${build[@]}" nginx-light chromium snakemake python3)
+examples=("${build[@]}" nginx-light chromium snakemake python3 openssl)
 command -v node >/dev/null || examples+=(nodejs)
 command -v npm >/dev/null || examples+=(npm)
 

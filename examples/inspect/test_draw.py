@@ -16,7 +16,9 @@ PACKAGER = os.environ["KZSPACKAGER"]
 MEDIA = TOP / "tests/data/media"
 
 sys.path.insert(0, str(HERE))
+sys.path.insert(0, str(TOP / "bench"))
 import presentation  # noqa: E402
+from protection import protection_options  # noqa: E402
 
 SVG = "{http://www.w3.org/2000/svg}"
 
@@ -125,6 +127,13 @@ class DrawingTest(unittest.TestCase):
         picture = Picture(package(self.folder, "aac_only.flv"))
         self.assertEqual(picture.tips("key"), [])
         self.assertGreater(len(picture.tips("fragment")), 2)
+
+    def test_a_protected_presentation_shows_the_same_key_frames(self):
+        folder = Path(self.folder) / "protected"
+        manifest = package(folder, "scene_cuts.flv", *protection_options(folder / "keys"))
+        picture = Picture(manifest)
+        self.assertIn("samples protected", picture.text)
+        self.assertEqual(picture.tips("key"), Picture(self.cuts).tips("key"))
 
     def test_the_picture_in_the_documents_is_of_this_program(self):
         self.assertEqual(Picture(self.cuts).text,

@@ -1,5 +1,5 @@
 import { execFileSync, spawn, type ChildProcess } from 'node:child_process';
-import { existsSync, mkdtempSync, rmSync } from 'node:fs';
+import { existsSync, mkdirSync, mkdtempSync, rmSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join, resolve } from 'node:path';
 import { fileURLToPath } from 'node:url';
@@ -16,14 +16,30 @@ export function packageClip(folder: string, clip: string, ...options: string[]):
     execFileSync(kPackager, [`--input-file=${input}`, `--output-path=${folder}`, ...options]);
 }
 
+/** The options of a protected run, with keys and certificates made in `keys`. */
+export function protectionOptions(keys: string): string[] {
+    const script =
+        'import sys; from pathlib import Path; from protection import protection_options\n' +
+        'print("\\n".join(protection_options(Path(sys.argv[1]))))';
+    const options = execFileSync('python3', ['-Bc', script, keys], {
+        env: { ...process.env, PYTHONPATH: join(kTop, 'bench') },
+    });
+    return String(options).trim().split('\n');
+}
+
 /** A folder that is served by examples/serve.sh, and a browser. Traffic stays on loopback. */
 export class Site {
-    readonly folder = mkdtempSync(join(tmpdir(), 'kzs player #1 '));
+    private readonly top = mkdtempSync(join(tmpdir(), 'kzs player '));
+    /** Its name isn't an easy one. */
+    readonly folder = join(this.top, 'media #1');
+    /** Not served. */
+    readonly keys = join(this.top, 'keys');
     address = '';
     private server: ChildProcess | undefined;
     private browser: Browser | undefined;
 
     async start(): Promise<void> {
+        mkdirSync(this.folder, { recursive: true });
         const server = spawn(join(kTop, 'examples/serve.sh'), [this.folder]);
         this.server = server;
         this.address = await new Promise<string>((done, fail) => {
@@ -57,7 +73,7 @@ export class Site {
             this.server.kill('SIGTERM');
             await ended;
         }
-        rmSync(this.folder, { recursive: true, force: true });
+        rmSync(this.top, { recursive: true, force: true });
     }
 
     async open(query = ''): Promise<Visit> {

@@ -66,6 +66,7 @@ export class Player {
 
     async play(): Promise<void> {
         if (this.session === undefined) await this.seek(this.clockMs);
+        if (this.video.ended) await this.seek(this.chosen?.fragments[0]?.startMs ?? 0);
         await this.video.play();
     }
 
