@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "offline/Driver.h"
+#include "offline/Progress.h"
 
 /// The arguments are taken for UTF-8 as they are; none is checked or left out.
 int main(int argc, char** argv) {
@@ -10,6 +11,7 @@ int main(int argc, char** argv) {
     // line instead of dying in silence.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
+    torvo::offline::listenForProgressRequests();
 
     std::vector<std::string> arguments;
     for (int i = 1; i < argc; ++i) arguments.emplace_back(argv[i]);

@@ -1,6 +1,7 @@
 #include "offline/FragmentRecorder.h"
 
 #include <algorithm>
+#include <numeric>
 #include <sstream>
 
 #include "kzs/BootstrapWriter.h"
@@ -21,6 +22,15 @@ constexpr std::uint32_t kMillisecondScale = 1000;
 std::uint32_t millisecondsBetween(const Timestamp& start, const Timestamp& end) {
     const Timestamp length = end - start;
     return kzs::low32(kzs::rescaleTruncating(length.value, length.timescale, kMillisecondScale));
+}
+
+using Messages = kzspkgutil::MessageList::const_iterator;
+
+std::uint64_t bytesOf(Messages first, Messages last) {
+    return std::accumulate(first, last, std::uint64_t{0},
+                           [](std::uint64_t sum, const kzspkgutil::TCMessage& message) {
+                               return sum + message.getTagSize();
+                           });
 }
 
 }  // namespace
@@ -157,7 +167,9 @@ void FragmentRecorder::recordGap(const FragmentEvent& event) {
 std::uint64_t FragmentRecorder::writePending(const Timestamp& cutTime) {
     const std::string primed = primedBootstrap(rendition_);
     const auto* bootstrap = reinterpret_cast<const std::uint8_t*>(primed.data()) + 1;
-    return writer_.writeUpTo(pending_, cutTime, bootstrap, primed.size() - 1).offset;
+    const auto position = writer_.writeUpTo(pending_, cutTime, bootstrap, primed.size() - 1);
+    ++fragmentsWritten_;
+    return position.offset;
 }
 
 void FragmentRecorder::appendEntry(const FragmentEvent& event, std::uint64_t afraOffset) {
@@ -181,7 +193,12 @@ void FragmentRecorder::prunePending(const Timestamp& cutTime) {
     const auto firstKept = std::find_if(
         pending_.begin(), pending_.end(),
         [&](const kzspkgutil::TCMessage& message) { return message.getSampleTime() >= cutTime; });
+    prunedBytes_ += bytesOf(pending_.begin(), firstKept);
     pending_.erase(pending_.begin(), firstKept);
+}
+
+std::uint64_t FragmentRecorder::bytesKept() const {
+    return prunedBytes_ + bytesOf(pending_.begin(), pending_.end());
 }
 
 }  // namespace torvo::offline

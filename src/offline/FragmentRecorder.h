@@ -47,6 +47,9 @@ public:
 
     const kzspkgutil::MessageList& pending() const { return pending_; }
     const kzs::AfraIndex& index() const { return index_; }
+    std::uint64_t fragmentsWritten() const { return fragmentsWritten_; }
+    /// Of all messages kept so far, written or not.
+    std::uint64_t bytesKept() const;
 
 private:
     void startSpan(const kzs::FragmentEvent& event, const kzs::Timestamp& currentTime);
@@ -70,6 +73,8 @@ private:
     kzs::AfraIndex index_;
     IndexFile indexFile_;
     kzspkgutil::MessageList pending_;
+    std::uint64_t fragmentsWritten_ = 0;
+    std::uint64_t prunedBytes_ = 0;
     kzs::FragmentEvent keptEvent_;           // the last SpanStart
     std::optional<kzs::Timestamp> lastCut_;  // the end of the last event that closed something
 };

@@ -11,6 +11,7 @@
 #include "kzs/Rendition.h"
 #include "kzs/base/ByteOrder.h"
 #include "offline/OutputNames.h"
+#include "offline/Progress.h"
 #include "offline/SegmentWriter.h"
 
 namespace torvo::offline {
@@ -79,7 +80,20 @@ void PackagingRun::packageSamples(double limitMs) {
             pastLimit_ = true;
         }
         if (!lastSample_.isSkipped) handleSample(lastSample_);
+        if (takeProgressRequest()) tellProgress(limitMs);
     }
+}
+
+void PackagingRun::tellProgress(double limitMs) const {
+    Progress progress;
+    progress.bytesRead = recorder_->bytesKept();
+    progress.mediaSeconds = static_cast<double>(lastSample_.time.value) / 1000.0;
+    progress.wholeSeconds = limitMs / 1000.0;
+    progress.fragments = recorder_->fragmentsWritten();
+    progress.segments = segmenter_->currentSegment();
+    progress.elapsedSeconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - startedAt_).count();
+    printProgress(progress);
 }
 
 void PackagingRun::handleSample(const kzs::FragmenterSample& sample) {

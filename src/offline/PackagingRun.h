@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -46,6 +47,7 @@ private:
     void packageSamples(double limitMs);
     void handleSample(const kzs::FragmenterSample& sample);
     void finish();
+    void tellProgress(double limitMs) const;
 
     kzspkgutil::IPackagerContext& context_;  // outlives the run
     SegmentWriter* segmenter_ = nullptr;     // lives until the process ends
@@ -62,6 +64,7 @@ private:
     boost::shared_ptr<kzs::Fragmenter> fragmenter_;
     boost::shared_ptr<kzspkgutil::ISampleIterator> sampleIterator_;
     kzs::FragmenterSample lastSample_;
+    std::chrono::steady_clock::time_point startedAt_ = std::chrono::steady_clock::now();
     bool stopRequested_ = false;
     bool pastLimit_ = false;
 };
