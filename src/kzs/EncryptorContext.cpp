@@ -50,6 +50,7 @@ time::ptime momentOf(const HLXCalendarTime& moment) {
 
 std::string textOf(const time::ptime& moment) {
     std::ostringstream out;
+    out.exceptions(std::ios::failbit | std::ios::badbit);
     // The stream's locale owns the facet. Names of months never depend on the environment.
     out.imbue(std::locale(std::locale::classic(), new time::time_facet("%d-%b-%Y %H:%M:%S GMT")));
     out << moment;

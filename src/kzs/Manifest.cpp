@@ -24,6 +24,7 @@ namespace {
 /// With all 17 digits: 4.026 comes out as 4.0259999999999998.
 std::string fullPrecision(double number) {
     std::ostringstream text;
+    text.exceptions(std::ios::failbit | std::ios::badbit);
     text.imbue(std::locale::classic());
     text.precision(std::numeric_limits<double>::max_digits10);
     text << number;

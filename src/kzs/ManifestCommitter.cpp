@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <locale>
+#include <sstream>
 #include <stdexcept>
 #include <utility>
-
-#include <boost/format.hpp>
 
 #include "kvl/minidom/CharacterData.h"
 #include "kvl/minidom/Document.h"
@@ -27,7 +26,11 @@ using kvl::minidom::Text;
 /// On purpose: six digits, so that a million and a half is "1.5e+06".
 /// Pinned by ManifestTest.WritesTheBitrateInSixDigits.
 std::string shortPrecision(double number) {
-    return (boost::format("%1%", std::locale::classic()) % number).str();
+    std::ostringstream text;
+    text.exceptions(std::ios::failbit | std::ios::badbit);
+    text.imbue(std::locale::classic());
+    text << number;
+    return text.str();
 }
 
 /// `prefix` and a random number; the next free one if that id is taken.

@@ -135,6 +135,7 @@ std::vector<std::uint8_t> buildOnMetaData(const kzspkgutil::IMediaProperties& me
         }
     }
     std::ostringstream stream;
+    stream.exceptions(std::ios::failbit | std::ios::badbit);
     writeOnMetaData(stream, record);
     const std::string bytes = stream.str();
     return std::vector<std::uint8_t>(bytes.begin(), bytes.end());

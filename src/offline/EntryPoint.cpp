@@ -1,9 +1,25 @@
 #include <csignal>
+#include <cstring>
+#include <exception>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 #include "offline/Driver.h"
 #include "offline/Progress.h"
+
+namespace {
+
+constexpr int kOutOfMemory = 12;
+
+/// The error line of a job that has no memory, not even for making up that line. Where standard
+/// error is closed, the status alone must tell.
+void tellOutOfMemory() noexcept {
+    constexpr const char* kLine = "Error 12: Standard Exception: std::bad_alloc\n";
+    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, kLine, std::strlen(kLine));
+}
+
+}  // namespace
 
 /// The arguments are taken for UTF-8 as they are; none is checked or left out.
 int main(int argc, char** argv) {
@@ -13,8 +29,13 @@ int main(int argc, char** argv) {
     std::signal(SIGXFSZ, SIG_IGN);
     torvo::offline::listenForProgressRequests();
 
-    std::vector<std::string> arguments;
-    for (int i = 1; i < argc; ++i) arguments.emplace_back(argv[i]);
-    torvo::offline::OptionMap options;
-    return torvo::offline::main(options, arguments);
+    try {
+        std::vector<std::string> arguments;
+        for (int i = 1; i < argc; ++i) arguments.emplace_back(argv[i]);
+        torvo::offline::OptionMap options;
+        return torvo::offline::main(options, arguments);
+    } catch (const std::exception&) {
+        tellOutOfMemory();
+        return kOutOfMemory;
+    }
 }

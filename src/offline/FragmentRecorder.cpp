@@ -37,6 +37,7 @@ std::uint64_t bytesOf(Messages first, Messages last) {
 
 std::string primedBootstrap(const kzs::Rendition& rendition) {
     std::ostringstream stream;
+    stream.exceptions(std::ios::failbit | std::ios::badbit);
     // On purpose: the stream is primed with a byte that whoever takes the bytes skips, so that
     // there is a buffer whatever the bootstrap holds.
     stream.put('\0');

@@ -3,7 +3,6 @@
 #include <utility>
 
 #include <boost/filesystem/path.hpp>
-#include <boost/format.hpp>
 
 #include "kzs/AfraWriter.h"
 #include "offline/OfflineException.h"
@@ -20,7 +19,7 @@ void IndexFile::writeIndexFile(const kzs::AfraIndex& index, std::uint32_t segmen
                                    " current fragment: " + std::to_string(numbers->second));
     }
     kzs::serialiseAfra(index, bytes_);
-    const std::string name = (boost::format("%1%Seg%2%%3%") % baseName_ % segment % ".kzx").str();
+    const std::string name = baseName_ + "Seg" + std::to_string(segment) + ".kzx";
     // A file that this object made and that doesn't shrink is written over where it stands: file
     // systems bring an emptied one to the disk at once, which takes longer than all the rest.
     const bool grows = segment == writtenSegment_ && bytes_.size() >= writtenBytes_;

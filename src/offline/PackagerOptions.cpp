@@ -1,6 +1,7 @@
 #include "offline/PackagerOptions.h"
 
 #include <locale>
+#include <new>
 #include <sstream>
 
 #include <boost/filesystem/operations.hpp>
@@ -44,8 +45,18 @@ void requireAllProtectionOptions(const OptionMap& options) {
     }
 }
 
+/// Brings all options into one description.
+void describe(const OptionTable& table, po::options_description& description) {
+    for (const auto& [key, type] : table) type->addToDescription(description, key);
+    // The names are read from a stream, which keeps a lack of memory to itself.
+    for (const auto& option : description.options()) {
+        if (option->long_name().empty()) throw std::bad_alloc();
+    }
+}
+
 std::string makeVersionText() {
     std::ostringstream text;
+    text.exceptions(std::ios::failbit | std::ios::badbit);
     text.imbue(std::locale::classic());
     text << '\n' << kProgramName << " version " << kVersion << std::endl;
     return text.str();
@@ -53,6 +64,7 @@ std::string makeVersionText() {
 
 std::string makeHelpText(const po::options_description& description) {
     std::ostringstream text;
+    text.exceptions(std::ios::failbit | std::ios::badbit);
     text.imbue(std::locale::classic());
     text << '\n'
          << kProgramName << " version " << kVersion << " - "
@@ -73,7 +85,7 @@ void PackagerOptions::parse(const std::vector<std::string>& arguments) {
     for (const auto& [key, type] : options_) values_[key] = type->defaultValue();
 
     po::options_description description(kCaption, kLineLength);
-    for (const auto& [key, type] : options_) type->addToDescription(description, key);
+    describe(options_, description);
 
     po::variables_map given;
     readCommandLine(arguments, description, given);

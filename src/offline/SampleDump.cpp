@@ -75,6 +75,7 @@ std::string firstBytesOf(Reader& reader, const Sample& sample) {
     if (!bytes.empty()) reader.sampleData(head, bytes.data());
 
     std::ostringstream text;
+    text.exceptions(std::ios::failbit | std::ios::badbit);
     text.imbue(std::locale::classic());
     // On purpose: the width is set once and holds for the first blank alone, which becomes "0 ";
     // no value is padded.

@@ -1,7 +1,6 @@
 #include "offline/SegmentWriter.h"
 
 #include <boost/filesystem/operations.hpp>
-#include <boost/format.hpp>
 #include <boost/smart_ptr/make_shared.hpp>
 
 #include "kzs/base/FileStream.h"
@@ -54,7 +53,7 @@ void SegmentWriter::roll() {
 
     elapsed_ = 0;
     ++segmentNumber_;
-    const std::string name = (boost::format("%1%Seg%2%.kzs") % baseName_ % segmentNumber_).str();
+    const std::string name = baseName_ + "Seg" + std::to_string(segmentNumber_) + ".kzs";
     const std::string path = outputPath_ + "/" + name;
     boost::system::error_code incomparable;
     if (boost::filesystem::equivalent(path, inputPath_, incomparable)) {

@@ -13,6 +13,11 @@ DOCUMENTED = {0, 1, 2, 3, 4, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 23, 231}
 EPOCH = {"SOURCE_DATE_EPOCH": "1700000000"}
 
 
+def absolute(path):
+    """For command lines: runs have a working folder of their own."""
+    return pathlib.Path(path).resolve()
+
+
 class Result:
     def __init__(self, status, out, err, timed_out=False):
         self.status, self.out, self.err, self.timed_out = status, out, err, timed_out

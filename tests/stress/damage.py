@@ -11,12 +11,11 @@ import argparse
 import concurrent.futures
 import pathlib
 import random
-import shutil
 import struct
 import sys
 import time
 
-from common import Folder, MEDIA, Tally, run
+from common import absolute, Folder, MEDIA, run, Tally
 
 WORDS = (0, 1, 0x7FFFFFFF, 0xFFFFFFFF)
 
@@ -37,7 +36,8 @@ def command(binary, file, out):
     """How the program takes a file of this kind as its input."""
     kind = file.suffix
     if kind in (".flv", ".mp4"):
-        return [binary, f"--input-file={file}", f"--output-path={out}"]
+        return [binary, f"--input-file={file}", f"--output-path={out}", "--fragment-duration=1",
+                "--external-bootstrap", "--edit-list"]
     if kind == ".kzd":
         return [binary, f"--input-file={MEDIA / 'short_3s.flv'}", f"--manifest-file={file}", f"--output-path={out}"]
     if kind == ".xml":
@@ -61,9 +61,9 @@ def one(binary, checker, kind, data):
 
 def main():
     parser = argparse.ArgumentParser()
-    parser.add_argument("binary")
-    parser.add_argument("corpus", type=pathlib.Path)
-    parser.add_argument("--check")
+    parser.add_argument("binary", type=absolute)
+    parser.add_argument("corpus", type=absolute)
+    parser.add_argument("--check", type=absolute)
     parser.add_argument("--seconds", type=float, default=1e9)
     parser.add_argument("--jobs", type=int, default=2)
     parser.add_argument("--keep", type=pathlib.Path, help="folder that gets the inputs with findings")

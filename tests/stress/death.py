@@ -16,7 +16,7 @@ import subprocess
 import sys
 import time
 
-from common import EPOCH, MEDIA, Folder, Tally, digest, run
+from common import absolute, digest, EPOCH, Folder, MEDIA, run, Tally
 
 NO_DATA = 0xFFFFFFFFFFFFFFFF
 
@@ -47,7 +47,7 @@ def index_complaint(folder, file):
 
 def main():
     parser = argparse.ArgumentParser()
-    parser.add_argument("binary")
+    parser.add_argument("binary", type=absolute)
     parser.add_argument("--seconds", type=float, default=60)
     parser.add_argument("--seed", type=int, default=int(time.time()))
     options = parser.parse_args()

@@ -7,11 +7,13 @@
 #include "kzs/Base64.h"
 #include "stress/SmallInputs.h"
 #include "support/AmfBuilder.h"
+#include "support/ProtectionFiles.h"
 #include "support/TempDir.h"
 #include "support/TestPki.h"
 
 // usage: make_corpus damage FOLDER   small inputs, one of each kind that the program reads
 //        make_corpus fuzz FOLDER     the seeds of the fuzz targets, a folder for each
+//        make_corpus protect FOLDER  keys and certificates, and settings.xml that names them
 
 namespace {
 
@@ -92,12 +94,44 @@ Files fuzzFiles() {
     return files;
 }
 
+/// Settings with the options of a command line.
+Bytes settingsOf(const std::vector<std::string>& arguments) {
+    std::string out = "<settings>\n";
+    for (const std::string& argument : arguments) {
+        const std::size_t split = argument.find('=');
+        const std::string name = argument.substr(2, split - 2);
+        out += "<" + name + ">" + argument.substr(split + 1) + "</" + name + ">\n";
+    }
+    return bytesOf(out + "</settings>\n");
+}
+
+void writeProtection(const std::filesystem::path& folder) {
+    const kz::test::ProtectionFiles files;
+    std::filesystem::create_directories(folder);
+    std::vector<std::string> arguments = files.arguments();
+    for (const auto& entry : std::filesystem::directory_iterator(files.folder.path())) {
+        std::filesystem::copy_file(entry.path(), folder / entry.path().filename(),
+                                   std::filesystem::copy_options::overwrite_existing);
+    }
+    for (std::string& argument : arguments) {
+        const std::size_t at = argument.find(files.folder.path());
+        if (at == std::string::npos) continue;
+        argument.replace(at, files.folder.path().size(),
+                         std::filesystem::absolute(folder).string());
+    }
+    kz::test::writeFile((folder / "settings.xml").string(), settingsOf(arguments));
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     const std::string kind = argc == 3 ? argv[1] : "";
+    if (kind == "protect") {
+        writeProtection(argv[2]);
+        return 0;
+    }
     if (kind != "damage" && kind != "fuzz") {
-        std::cerr << "usage: make_corpus damage|fuzz FOLDER\n";
+        std::cerr << "usage: make_corpus damage|fuzz|protect FOLDER\n";
         return 2;
     }
     for (const auto& [name, bytes] : kind == "damage" ? damageFiles() : fuzzFiles()) {

@@ -77,9 +77,10 @@ void checkHintSamples(const Segment& segment, const PackedFragment& fragment,
         const Bytes tag = segment.file.slice(sample.offset, sample.size);
         checkTag(tag, findings);
         if (segment.movieTimescale == 1000) {
-            findings.unless(sample.decodeTime + gapOf(hint) == tagTime(tag), "decode time ",
-                            sample.decodeTime, " and gap ", gapOf(hint), " against tag time ",
-                            tagTime(tag));
+            // A tag has the low 32 bits.
+            const std::uint64_t time = (sample.decodeTime + gapOf(hint)) & 0xFFFFFFFF;
+            findings.unless(time == tagTime(tag), "decode time ", sample.decodeTime, " and gap ",
+                            gapOf(hint), " against tag time ", tagTime(tag));
         }
     }
     findings.unless(expected == fragment.dataEnd, "hint samples end at ", expected, " and not at ",
