@@ -227,6 +227,36 @@ TEST(ReaderTest, ReadsSmallNeighboursWithOneReadOfThePage) {
     EXPECT_LE(open.memory.reads - before, 2U);
 }
 
+TEST(ReaderTest, ReadsAPageOnceForTracksThatLieFarApart) {
+    IsoFile file;
+    file.tracks = {isoVideoTrack(1, 200, 20), isoAudioTrack(2, 200)};
+    for (IsoTrack& track : file.tracks) {
+        track.samplesPerChunk = 200;
+        for (IsoSample& sample : track.samples) sample.data = pattern(100, track.id);
+    }
+    OpenIso open(file);
+    const std::vector<Sample> samples = open.samples();
+    const std::uint64_t before = open.memory.reads;
+    for (const Sample& sample : samples) {
+        EXPECT_EQ(open.dataOf(sample), pattern(100, sample.track.info().trackId));
+    }
+    // Five pages for each track; to see that the last one is short takes another read.
+    EXPECT_LE(open.memory.reads - before, 12U);
+}
+
+TEST(ReaderTest, ReadsTheBytesOfManyTracksInTurn) {
+    IsoFile file;
+    for (std::uint32_t id = 1; id <= 70; ++id) file.tracks.push_back(isoVideoTrack(id, 2));
+    const OpenIso open(file);
+    std::size_t count = 0;
+    for (const Sample& sample : open.samples()) {
+        const IsoTrack& track = file.tracks[sample.track.info().trackId - 1];
+        EXPECT_EQ(open.dataOf(sample), track.samples[sample.time / 40].data);
+        ++count;
+    }
+    EXPECT_EQ(count, 140U);
+}
+
 TEST(ReaderTest, RefusesTheBytesOfASampleInFrontOfTheMediaData) {
     const OpenIso open(twoTracks());
     Sample sample = open.samples().front();

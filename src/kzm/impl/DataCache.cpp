@@ -13,12 +13,13 @@ void DataCache::read(std::uint64_t position, std::uint8_t* buffer, std::uint64_t
     // Pinned by ReaderTest.RefusesTheBytesOfASampleInFrontOfTheMediaData.
     if (position < base_) raise(ErrorCode::sampleUnreadable);
     std::uint64_t done = 0;
-    if (count <= kPageSize) {
-        done = takeFromPage(position, buffer, count);
-        if (done < count) {
-            loadPage(position + done);
-            done += takeFromPage(position + done, buffer + done, count - done);
-        }
+    while (count <= kPageSize && done < count) {
+        const Page& page = pageAt(position + done);
+        const std::uint64_t offset = position + done - page.start;
+        if (offset >= page.bytes.size()) break;  // the file ends in front of it
+        const std::uint64_t taken = std::min(count - done, page.bytes.size() - offset);
+        std::copy_n(page.bytes.data() + offset, taken, buffer + done);
+        done += taken;
     }
     if (done < count) {
         done += stream_.readAt(position + done, buffer + done, count - done);
@@ -26,22 +27,30 @@ void DataCache::read(std::uint64_t position, std::uint8_t* buffer, std::uint64_t
     if (done < count) raise(ErrorCode::sampleUnreadable);
 }
 
-std::uint64_t DataCache::takeFromPage(std::uint64_t position, std::uint8_t* buffer,
-                                      std::uint64_t count) {
-    if (position < pageStart_ || position - pageStart_ >= page_.size()) return 0;
-    const std::uint64_t offset = position - pageStart_;
-    const std::uint64_t taken = std::min<std::uint64_t>(count, page_.size() - offset);
-    std::copy_n(page_.data() + offset, taken, buffer);
-    return taken;
+// The page for a position; it takes the place of the one that was not used for the longest time.
+DataCache::Page& DataCache::pageAt(std::uint64_t position) {
+    const std::uint64_t start = base_ + (position - base_) / kPageSize * kPageSize;
+    Page* chosen = &pages_[0];
+    for (Page& page : pages_) {
+        if (!page.bytes.empty() && page.start == start) {
+            page.lastUse = ++uses_;
+            return page;
+        }
+        if (page.lastUse < chosen->lastUse) chosen = &page;
+    }
+    load(*chosen, start);
+    return *chosen;
 }
 
-void DataCache::loadPage(std::uint64_t position) {
-    pageStart_ = base_ + (position - base_) / kPageSize * kPageSize;
-    page_.resize(kPageSize);
+void DataCache::load(Page& page, std::uint64_t start) {
+    page.start = start;
+    page.lastUse = ++uses_;
+    page.bytes.resize(kPageSize);
     try {
-        page_.resize(static_cast<std::size_t>(stream_.readAt(pageStart_, page_.data(), kPageSize)));
+        page.bytes.resize(
+            static_cast<std::size_t>(stream_.readAt(start, page.bytes.data(), kPageSize)));
     } catch (...) {
-        page_.clear();
+        page.bytes.clear();
         throw;
     }
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -7,11 +9,13 @@ namespace qlix::kzm::impl {
 
 class QlixKZMIStream;
 
-/// Reads the bytes of samples. Samples up to a page's size come from a page that is kept, so that
-/// small ones that follow each other cost one read of the file together.
+/// Reads the bytes of samples. Samples up to a page's size come from pages that are kept, so that
+/// small ones that lie together cost one read of the file together. There are a few pages, since
+/// the samples of different tracks come interleaved from places that may be far apart.
 class DataCache {
 public:
     static constexpr std::uint64_t kPageSize = 4096;
+    static constexpr std::size_t kPageCount = 8;
 
     /// `stream` outlives the cache.
     explicit DataCache(QlixKZMIStream& stream) : stream_(stream) {}
@@ -23,13 +27,19 @@ public:
     void read(std::uint64_t position, std::uint8_t* buffer, std::uint64_t count);
 
 private:
-    std::uint64_t takeFromPage(std::uint64_t position, std::uint8_t* buffer, std::uint64_t count);
-    void loadPage(std::uint64_t position);
+    struct Page {
+        std::uint64_t start = 0;  // position in the file
+        std::uint64_t lastUse = 0;
+        std::vector<std::uint8_t> bytes;
+    };
+
+    Page& pageAt(std::uint64_t position);
+    void load(Page& page, std::uint64_t start);
 
     QlixKZMIStream& stream_;
     std::uint64_t base_ = 0;
-    std::vector<std::uint8_t> page_;
-    std::uint64_t pageStart_ = 0;
+    std::array<Page, kPageCount> pages_;
+    std::uint64_t uses_ = 0;
 };
 
 }  // namespace qlix::kzm::impl
