@@ -1,10 +1,14 @@
 #include "support/TempDir.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 namespace kz::test {
 
@@ -22,6 +26,19 @@ TempDir::~TempDir() {
 std::string TempDir::write(const std::string& name, const Bytes& content) const {
     const std::string path = *this / name;
     writeFile(path, content);
+    return path;
+}
+
+std::string TempDir::makeSocket(const std::string& name) const {
+    std::string path = *this / name;
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof address.sun_path) throw std::length_error(path);
+    std::copy(path.begin(), path.end(), address.sun_path);
+    const int handle = socket(AF_UNIX, SOCK_STREAM, 0);
+    const int result = bind(handle, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+    close(handle);
+    if (result != 0) throw std::runtime_error("can't bind " + path);
     return path;
 }
 

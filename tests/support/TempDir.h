@@ -19,6 +19,8 @@ public:
     std::string operator/(const std::string& name) const { return path_ + "/" + name; }
     /// Writes a file and returns its path.
     std::string write(const std::string& name, const Bytes& content) const;
+    /// Makes a socket: a path that exists and that even the superuser can't open as a file.
+    std::string makeSocket(const std::string& name) const;
 
 private:
     std::string path_;

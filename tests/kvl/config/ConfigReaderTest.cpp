@@ -1,9 +1,4 @@
-#include <algorithm>
 #include <sstream>
-#include <stdexcept>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -29,20 +24,6 @@ std::string failureOf(const std::string& path) {
         return failure.what();
     }
     return "nothing thrown";
-}
-
-/// A path that exists and that even the superuser can't open as a file.
-std::string makeSocket(const std::string& path) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof address.sun_path) throw std::length_error(path);
-    std::copy(path.begin(), path.end(), address.sun_path);
-    const int socketHandle = socket(AF_UNIX, SOCK_STREAM, 0);
-    const int result =
-        bind(socketHandle, reinterpret_cast<const sockaddr*>(&address), sizeof address);
-    close(socketHandle);
-    if (result != 0) throw std::runtime_error("can't bind " + path);
-    return path;
 }
 
 std::string nested(std::size_t depth) {
@@ -176,7 +157,7 @@ TEST(ConfigReaderTest, RefusesAFolder) {
 
 TEST(ConfigReaderTest, TakesAnUnreadableFileForAnEmptyOne) {
     const TempDir dir;
-    const std::string path = makeSocket(dir / "s");
+    const std::string path = dir.makeSocket("s");
     ConfigNode root;
     readFile(root, path);
     EXPECT_TRUE(root.children.empty());
