@@ -78,8 +78,10 @@ private:
         try {
             flv::TagIterator tags = reader_.getTags(flv::Direction::forward);
             while (tags.hasNext()) tag_ = tags.next();
-        } catch (const flv::Exception&) {
-            // The last tag ahead of the damage counts; a sample iterator tells of the damage.
+        } catch (const flv::Exception& failure) {
+            // The last tag ahead of damage counts; a sample iterator tells of the damage. A file
+            // that can't be read is no such end: taken for one, it would cut the recording short.
+            if (failure.code() != flv::Exception::kCorruptData) throw;
         }
     }
 
