@@ -130,6 +130,16 @@ TEST_F(PolicyTest, AddsADescriptionForEachOfATrack) {
     EXPECT_EQ(test::boxIn(stream.content, "stsd").slice(12, 4), hex("00000002"));
 }
 
+TEST_F(PolicyTest, LeavesRoomInADataTrackWithoutACount) {
+    const auto track = test::dataTrackOf(fourCc("amf0"), hex("0102030405060708"));
+    track->descriptionCount = 0;
+    kz::test::MemoryStream stream;
+    qlix::kzm::KZSWriter writer(stream, qlix::kzm::WriterConfiguration(), nullptr);
+    policy_.addDataTrack(writer, *track);
+    // Ten entries of 16 bytes, each with the 8 of the largest description.
+    EXPECT_EQ(test::boxIn(stream.content, "stsd").size(), 16U + 10 * (16 + 8));
+}
+
 TEST_F(PolicyTest, RemembersDescriptionsThatItReadsFromAFile) {
     qlix::kzm::VideoSampleDescriptor video;
     video.handler = fourCc("vide");

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <string>
@@ -10,6 +11,7 @@
 #include "WriterHarness.h"
 #include "kzm/Exception.h"
 #include "kzs/base/ByteOrder.h"
+#include "kzs/base/Clock.h"
 #include "kzspkgutil/KZSMediaWriter.h"
 #include "kzspkgutil/KZSMediaWriterPolicy.h"
 
@@ -128,6 +130,29 @@ TEST_F(KZSMediaWriterTest, DescribesTheHintTrack) {
         26  616d6870
         30  0000000001010004    one entry: 1, 0, 4
     )"));
+}
+
+TEST_F(KZSMediaWriterTest, LeavesRoomInTheHintTrackForEditsAndDescriptions) {
+    open({});
+    // Two rows for each of 1000 empty edits and one more, behind 16 bytes of header and count.
+    EXPECT_EQ(test::boxIn(stream_.content, "elst").size(), 16U + 2001 * 20);
+    // One entry of 22 bytes and 1024 for its data, behind 16 bytes of header and count.
+    EXPECT_EQ(test::boxIn(stream_.content, "stsd").size(), 16U + 22 + 1024);
+}
+
+TEST_F(KZSMediaWriterTest, DatesMovieAndTracksByTheClock) {
+    kzs::setClockForTests(86400);  // a day behind 1970, which is 2082844800 seconds behind 1904
+    openVideo();
+    kzs::setClockForTests(std::nullopt);
+    const Bytes twice = kz::test::u64(2082931200) + kz::test::u64(2082931200);
+    EXPECT_EQ(test::boxIn(stream_.content, "mvhd").slice(12, 16), twice);
+    std::size_t dated = 0;
+    for (auto from = stream_.content.begin();; ++dated) {
+        from = std::search(from, stream_.content.end(), twice.begin(), twice.end());
+        if (from == stream_.content.end()) break;
+        from += static_cast<std::ptrdiff_t>(twice.size());
+    }
+    EXPECT_EQ(dated, 5U);  // the movie, and the two headers of each track
 }
 
 TEST_F(KZSMediaWriterTest, NamesTheHandlerOfTheHintTrack) {
@@ -372,6 +397,16 @@ TEST_F(KZSMediaWriterTest, ClosesTheFileWithTheBootstrapOfACallThatFailed) {
     const Segment segment = close();
     ASSERT_EQ(segment.fragments.size(), 1U);
     EXPECT_EQ(segment.fragments.front().bootstrap, hex("a1b2c3"));
+}
+
+TEST_F(KZSMediaWriterTest, BringsAnOpenFragmentToTheFileWhenItFinishes) {
+    FailingPolicy failing(policy_);
+    const test::FixedSource source({test::videoTrackOf(fourCc("avc1"), avcBox())});
+    writer_ = std::make_unique<KZSMediaWriter>(context_, failing, source, stream_);
+    EXPECT_THROW(writeUpTo({frame(0), frame(10)}, 40), std::runtime_error);
+    EXPECT_TRUE(kz::test::readSegment(stream_.content).fragments.empty());
+    writer_->finishWriter();
+    EXPECT_EQ(kz::test::readSegment(stream_.content).fragments.size(), 1U);
 }
 
 }  // namespace
