@@ -1,6 +1,12 @@
+#include <atomic>
 #include <cerrno>
+#include <chrono>
+#include <csignal>
 #include <filesystem>
+#include <fstream>
+#include <pthread.h>
 #include <sys/stat.h>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -189,6 +195,104 @@ TEST(FileStreamTest, ReachesPositionsAbove4GiB) {
     stream.write("z", 1);
     EXPECT_EQ(stream.seek(0, kFromEnd), 0x100000002U);
     stream.truncate(1);
+}
+
+/// Lets a signal interrupt the calls of this thread instead of ending the program.
+class Interruptible {
+public:
+    Interruptible() {
+        struct sigaction action {};
+        action.sa_handler = [](int) { ++interruptions(); };
+        sigaction(SIGUSR1, &action, &former_);  // without SA_RESTART
+        interruptions() = 0;
+    }
+    ~Interruptible() { sigaction(SIGUSR1, &former_, nullptr); }
+    Interruptible(const Interruptible&) = delete;
+    Interruptible& operator=(const Interruptible&) = delete;
+
+    static std::atomic<int>& interruptions() {
+        static std::atomic<int> count{0};
+        return count;
+    }
+
+private:
+    struct sigaction former_ {};
+};
+
+/// Interrupts `thread` until it was really interrupted some times.
+void interrupt(pthread_t thread) {
+    for (int i = 0; i < 20; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        pthread_kill(thread, SIGUSR1);
+    }
+}
+
+TEST(FileStreamTest, MakesCallsAgainThatASignalInterrupts) {
+    const TempDir dir;
+    const std::string pipe = dir / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const Interruptible handler;
+    // The reader waits in open for a writer, then in read for what it writes.
+    std::thread other([&pipe, reader = pthread_self()] {
+        interrupt(reader);
+        std::ofstream out(pipe, std::ios::binary);
+        interrupt(reader);
+        out << "abc";
+    });
+    FileStream stream(pipe, kReadOnly);
+    std::string got;
+    EXPECT_EQ(codeThrownBy([&] {
+                  stream.open();
+                  got = readAll(stream, 3);
+              }),
+              -1);
+    other.join();
+    EXPECT_EQ(got, "abc");
+    EXPECT_GT(Interruptible::interruptions(), 0);
+}
+
+TEST(FileStreamTest, AppendsAndDemandsANewFileAndOnlyWritesWhenItsFlagsSaySo) {
+    const TempDir dir;
+    const std::string path = dir.write("a", text("abc"));
+    FileStream appending(path, kOpenBinary | kOpenReadWrite | kOpenAppend);
+    appending.open();
+    appending.write("d", 1);
+    EXPECT_EQ(readFile(path), text("abcd"));
+
+    FileStream fresh(path, kOpenBinary | kOpenReadWrite | kOpenCreate | kOpenExclusive);
+    EXPECT_EQ(codeThrownBy([&] { fresh.open(); }), 4);
+
+    FileStream writeOnly(path, kOpenBinary | kOpenWriteOnly);
+    writeOnly.open();
+    writeOnly.write("A", 1);
+    EXPECT_EQ(readFile(path), text("Abcd"));
+    char byte = 0;
+    EXPECT_EQ(codeThrownBy([&] { writeOnly.read(&byte, 1); }), 1);
+}
+
+TEST(FileStreamTest, LeavesBitsAsideThatMeanNothingHere) {
+    const TempDir dir;
+    // As bits of the system these would make a file or demand aligned buffers.
+    FileStream missing(dir / "missing", 0x0040 | kOpenReadWrite);
+    EXPECT_EQ(codeThrownBy([&] { missing.open(); }), 6);
+    FileStream stream(dir.write("a", text("abc")), 0x7FFFF0F4 | kOpenText);
+    stream.open();
+    EXPECT_EQ(readAll(stream, 3), "abc");
+}
+
+TEST(FileStreamTest, ClosesItsFileWhenItGoes) {
+    const TempDir dir;
+    const auto openFiles = [] {
+        const std::filesystem::directory_iterator folder("/proc/self/fd");
+        return std::distance(begin(folder), end(folder));
+    };
+    const auto before = openFiles();
+    {
+        FileStream stream(dir.write("a", text("abc")), kReadOnly);
+        stream.open();
+        EXPECT_EQ(openFiles(), before + 1);
+    }
+    EXPECT_EQ(openFiles(), before);
 }
 
 TEST(FileStreamTest, GivesNewFilesToEveryoneLessTheUmask) {
