@@ -183,6 +183,22 @@ TEST(BootstrapBuilderTest, RecordsBothWhereAGapComesBehindAJump) {
     EXPECT_EQ(segmentsOf(builder.bootstrap()), "1:4");
 }
 
+TEST(BootstrapBuilderTest, MergesBothKindsWithAnEntryThatCountsForBoth) {
+    for (const bool isGap : {true, false}) {
+        BootstrapBuilder builder;
+        builder.addFragment(1, 1, milliseconds(0), 4000);
+        builder.addDiscontinuity(1, 2, milliseconds(4000));
+        builder.bootstrap().fragmentRunTables[0].entries.back().discontinuityIndicator = 3;
+        if (isGap) {
+            builder.addDiscontinuity(1, 3, milliseconds(8000));
+            EXPECT_EQ(fragmentsOf(builder.bootstrap()), "1@0+4000 2@4000!3");
+        } else {
+            builder.addFragment(1, 5, milliseconds(16000), 4000);
+            EXPECT_EQ(fragmentsOf(builder.bootstrap()), "1@0+4000 2@4000!3 5@16000+4000");
+        }
+    }
+}
+
 TEST(BootstrapBuilderTest, CountsAGapOfTheSameNumberNoSecondTime) {
     BootstrapBuilder builder;
     builder.addFragment(1, 1, milliseconds(0), 4000);

@@ -266,11 +266,41 @@ TEST(BootstrapInfoTest, DiffersWhereAnyFieldDoes) {
     EXPECT_TRUE(differs([](BootstrapInfo& i) { i.qualities = {"r"}; }));
     EXPECT_TRUE(differs([](BootstrapInfo& i) { i.drmData.clear(); }));
     EXPECT_TRUE(differs([](BootstrapInfo& i) { i.metadata = "n"; }));
-    EXPECT_TRUE(differs([](BootstrapInfo& i) { i.segmentRunTables[0].update = false; }));
-    EXPECT_TRUE(differs([](BootstrapInfo& i) { ++i.segmentRunTables[0].entries[1].firstSegment; }));
-    EXPECT_TRUE(differs([](BootstrapInfo& i) { i.fragmentRunTables[0].entries.pop_back(); }));
-    EXPECT_TRUE(differs(
-        [](BootstrapInfo& i) { ++i.fragmentRunTables[0].entries[1].discontinuityIndicator; }));
+    EXPECT_TRUE(differs([](BootstrapInfo& i) { i.segmentRunTables.emplace_back(); }));
+    EXPECT_TRUE(differs([](BootstrapInfo& i) { i.fragmentRunTables.emplace_back(); }));
+}
+
+TEST(BootstrapInfoTest, DiffersWhereAnyFieldOfASegmentRunTableDoes) {
+    const SegmentRunTable table = everyField().segmentRunTables[0];
+    const auto differs = [&](auto change) {
+        SegmentRunTable other = table;
+        change(other);
+        return !(other == table);
+    };
+    EXPECT_FALSE(differs([](SegmentRunTable&) {}));
+    EXPECT_TRUE(differs([](SegmentRunTable& t) { t.update = false; }));
+    EXPECT_TRUE(differs([](SegmentRunTable& t) { t.qualities = {"y"}; }));
+    EXPECT_TRUE(differs([](SegmentRunTable& t) { t.entries.pop_back(); }));
+    EXPECT_TRUE(differs([](SegmentRunTable& t) { ++t.entries[1].firstSegment; }));
+    EXPECT_TRUE(differs([](SegmentRunTable& t) { ++t.entries[1].fragmentsPerSegment; }));
+}
+
+TEST(BootstrapInfoTest, DiffersWhereAnyFieldOfAFragmentRunTableDoes) {
+    const FragmentRunTable table = everyField().fragmentRunTables[0];
+    const auto differs = [&](auto change) {
+        FragmentRunTable other = table;
+        change(other);
+        return !(other == table);
+    };
+    EXPECT_FALSE(differs([](FragmentRunTable&) {}));
+    EXPECT_TRUE(differs([](FragmentRunTable& t) { t.update = 1; }));
+    EXPECT_TRUE(differs([](FragmentRunTable& t) { ++t.timescale; }));
+    EXPECT_TRUE(differs([](FragmentRunTable& t) { t.qualities = {"y"}; }));
+    EXPECT_TRUE(differs([](FragmentRunTable& t) { t.entries.pop_back(); }));
+    EXPECT_TRUE(differs([](FragmentRunTable& t) { ++t.entries[1].firstFragment; }));
+    EXPECT_TRUE(differs([](FragmentRunTable& t) { ++t.entries[1].firstFragmentTimestamp.value; }));
+    EXPECT_TRUE(differs([](FragmentRunTable& t) { ++t.entries[0].fragmentDuration; }));
+    EXPECT_TRUE(differs([](FragmentRunTable& t) { ++t.entries[1].discontinuityIndicator; }));
 }
 
 TEST(BootstrapInfoTest, ComparesTimestampsInTheTimescaleOfTheLeftOne) {

@@ -1,12 +1,26 @@
+#include <locale>
+
 #include <gtest/gtest.h>
 
 #include "kzs/Manifest.h"
 #include "kzs/ManifestFixture.h"
+#include "kzs/base/Clock.h"
 
 using torvo::kzs::Manifest;
 using torvo::kzs::Rendition;
 
 class ManifestTest : public kz::test::ManifestFixture {};
+
+namespace {
+
+/// Writes 1234.5 as "1.234,5".
+struct CommaPoint : std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+}  // namespace
 
 TEST_F(ManifestTest, BeginsWithIdMimeTypeStreamTypeAndDuration) {
     EXPECT_EQ(written(*newManifest()), kHead + kFirstChildren + kTail);
@@ -137,6 +151,17 @@ TEST_F(ManifestTest, WritesTheBitrateInSixDigits) {
     }
 }
 
+TEST_F(ManifestTest, WritesNumbersAlikeInAnyLocale) {
+    const std::locale former =
+        std::locale::global(std::locale(std::locale::classic(), new CommaPoint));
+    const auto manifest = newManifest("a", 1234.5);
+    manifest->addMedia("s", "u", 2345.5);
+    const std::string text = committed(*manifest);
+    std::locale::global(former);
+    EXPECT_EQ(countOf("\t\t1234.5\n", text), 1U);
+    EXPECT_EQ(countOf("bitrate=\"2345.5\"", text), 1U);
+}
+
 TEST_F(ManifestTest, OrdersRenditionsByTheBytesOfTheirStreamIds) {
     const auto manifest = newManifest();
     for (const char* id : {"b", "a", "\xc3\xa9", "B"}) manifest->addMedia(id, "", 0.0);
@@ -155,6 +180,25 @@ TEST_F(ManifestTest, TakesIdsFrom1To9999) {
         manifest->commit();
         EXPECT_EQ(manifest->bootstraps().begin()->first, id) << number;
     }
+}
+
+TEST_F(ManifestTest, DrawsTheSameIdsInTheSameSecond) {
+    torvo::kzs::setRandomForTests({});
+    const auto idsMadeAt = [](std::int64_t seconds) {
+        torvo::kzs::setClockForTests(seconds);
+        const auto fresh = newManifest();
+        torvo::kzs::setClockForTests(std::nullopt);
+        std::string ids;
+        for (int i = 0; i < 8; ++i) {
+            addFragment(fresh->addMedia(std::to_string(i), "", 0.0), 1000 + 100 * i);
+        }
+        fresh->commit();
+        for (const auto& [id, entry] : fresh->bootstraps()) ids += id + " ";
+        return ids;
+    };
+    const std::string ids = idsMadeAt(1000000);
+    EXPECT_EQ(idsMadeAt(1000000), ids);
+    EXPECT_NE(idsMadeAt(1000001), ids);
 }
 
 TEST_F(ManifestTest, PassesTheEndOfTheRangeWhenAnIdIsTaken) {
