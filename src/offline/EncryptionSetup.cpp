@@ -97,7 +97,9 @@ std::string certificateWarning(const std::string& dateText) {
 }
 
 void writeDrmMetadataFile(const OptionMap& options, const EncryptionSetup& setup) {
-    OutputFile file(pathInOutput(options, "drmmetadata.bin"));
+    const std::string path = pathInOutput(options, "drmmetadata.bin");
+    refuseInput(path, textOf(options, "input-file"));
+    OutputFile file(path);
     file.write(setup.metadata());
     file.close();
 }

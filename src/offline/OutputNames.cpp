@@ -3,6 +3,8 @@
 #include <boost/filesystem/operations.hpp>
 #include <boost/filesystem/path.hpp>
 
+#include "offline/OfflineException.h"
+
 namespace torvo::offline {
 
 namespace fs = boost::filesystem;
@@ -22,6 +24,11 @@ void makeOutputPath(const OptionMap& options) {
     const fs::path path(textOf(options, "output-path"));
     // The test is not only quicker: "." and ".." can't be created, though they are there.
     if (!fs::is_directory(path)) fs::create_directories(path);
+}
+
+void refuseInput(const std::string& path, const std::string& inputPath) {
+    boost::system::error_code incomparable;
+    if (fs::equivalent(path, inputPath, incomparable)) throw CantAccessFileException(path);
 }
 
 std::string lastComponentOf(const std::string& path) { return fs::path(path).filename().string(); }

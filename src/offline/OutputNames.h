@@ -16,6 +16,10 @@ std::string pathInOutput(const OptionMap& options, const std::string& name);
 /// Makes `output-path` with all missing parents. Throws boost::filesystem::filesystem_error.
 void makeOutputPath(const OptionMap& options);
 
+/// Throws CantAccessFileException where writing `path` would overwrite the file `inputPath`, under
+/// whatever name.
+void refuseInput(const std::string& path, const std::string& inputPath);
+
 /// The last component of a path.
 std::string lastComponentOf(const std::string& path);
 

@@ -83,6 +83,9 @@ void packageInput(const OptionMap& options, IPackagerContext& context,
     requireManifestTexts(options);
     makeOutputPath(options);
     const std::string baseName = baseNameOf(options);
+    for (const char* suffix : {".kzd", ".bootstrap", ".drmmeta"}) {
+        refuseInput(pathInOutput(options, baseName + suffix), inputPath);
+    }
 
     const std::unique_ptr<IMediaSource> source = openSource(options, context);
     if (!source->getTracks()->hasNext()) throw NoSupportedTracksException(inputPath);

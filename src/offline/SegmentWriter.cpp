@@ -1,12 +1,11 @@
 #include "offline/SegmentWriter.h"
 
-#include <boost/filesystem/operations.hpp>
 #include <boost/smart_ptr/make_shared.hpp>
 
 #include "kzs/base/FileStream.h"
 #include "kzspkgutil/KZMStream.h"
 #include "kzspkgutil/KZSMediaWriter.h"
-#include "offline/OfflineException.h"
+#include "offline/OutputNames.h"
 
 namespace torvo::offline {
 
@@ -53,12 +52,10 @@ void SegmentWriter::roll() {
 
     elapsed_ = 0;
     ++segmentNumber_;
-    const std::string name = baseName_ + "Seg" + std::to_string(segmentNumber_) + ".kzs";
-    const std::string path = outputPath_ + "/" + name;
-    boost::system::error_code incomparable;
-    if (boost::filesystem::equivalent(path, inputPath_, incomparable)) {
-        throw CantAccessFileException(path);
-    }
+    const std::string stem = outputPath_ + "/" + baseName_ + "Seg" + std::to_string(segmentNumber_);
+    const std::string path = stem + ".kzs";
+    refuseInput(path, inputPath_);
+    refuseInput(stem + ".kzx", inputPath_);  // written later, where it is too late
     writer_.reset();
     stream_ = boost::make_shared<KZMStream>(path, kzs::openFlagsFor(true, false));
     writer_ = boost::make_shared<KZSMediaWriter>(context_, policy_, properties_, *stream_);

@@ -147,6 +147,20 @@ TEST_F(PackageFailureCliTest, SamplesWithoutDataLeaveAnEmptyPresentation) {
     EXPECT_TRUE(fileExists(folder / "out/clipSeg1.kzx"));
 }
 
+TEST_F(PackageFailureCliTest, NoOutputOverwritesItsInputUnderAnotherName) {
+    const Bytes clip = avClip(1000, 1000);
+    folder.write("clip.flv", clip);
+    std::filesystem::create_directory(folder / "out");
+    for (const char* name : {"clip.kzd", "clip.bootstrap", "clipSeg1.kzx", "clipSeg1.kzs"}) {
+        SCOPED_TRACE(name);
+        std::filesystem::create_symlink("../clip.flv", folder / (std::string("out/") + name));
+        expectFailure(package({"--external-bootstrap"}), 4,
+                      std::string("Error 4: cannot access input file out/") + name);
+        EXPECT_EQ(readFile(folder / "clip.flv"), clip);
+        std::filesystem::remove(folder / (std::string("out/") + name));
+    }
+}
+
 TEST_F(PackageFailureCliTest, AnInputThatCanNotBeReadIsAFailure) {
     folder.makeSocket("clip.flv");
     expectFailure(package(), 14, "Error 14: Error when reading the FLV ");

@@ -41,7 +41,8 @@ class Result:
 def run(argv, env=None, timeout=5, cwd=None):
     full = dict(os.environ, **EPOCH, **(env or {}))
     try:
-        done = subprocess.run([str(a) for a in argv], env=full, stdin=subprocess.DEVNULL, capture_output=True,
+        done = subprocess.run([a if isinstance(a, bytes) else str(a) for a in argv], env=full,
+                              stdin=subprocess.DEVNULL, capture_output=True,
                               timeout=timeout, cwd=cwd)
         return Result(done.returncode, done.stdout, done.stderr)
     except subprocess.TimeoutExpired:
