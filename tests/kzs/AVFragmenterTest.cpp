@@ -1,5 +1,6 @@
 #include <sstream>
 #include <string>
+#include <type_traits>
 
 #include <gtest/gtest.h>
 
@@ -8,6 +9,9 @@
 
 namespace torvo::kzs {
 namespace {
+
+static_assert(!std::has_virtual_destructor<Fragmenter>::value,
+              "the interface has two operations and no destructor slot");
 
 constexpr std::uint32_t kF = 100;
 

@@ -3,6 +3,7 @@
 #include "kvl/minidom/DOMException.h"
 #include "kvl/minidom/Dom.h"
 #include "kvl/minidom/Element.h"
+#include "kvl/minidom/ElementImpl.h"
 
 using namespace kvl::minidom;
 using kz::test::outline;
@@ -69,6 +70,22 @@ TEST(ElementTest, GivesBackTheAttributeThatAnotherReplaced) {
     const ElementPtr empty = std::dynamic_pointer_cast<Element>(root->getLastChild());
     EXPECT_EQ(empty->setAttributeNode(first), nullptr);
     EXPECT_THROW(root->setAttributeNode(nullptr), DOMExceptionImpl);
+}
+
+TEST(ElementTest, OwnsItsAttributesUntilTheyAreReplacedOrItIsDisposedOf) {
+    const ElementPtr root = createDocument("", "r")->getDocumentElement();
+    const auto ownerOf = [](const NodePtr& attribute) {
+        return dynamic_cast<AttributeImpl&>(*attribute).ownerElement();
+    };
+    root->setAttribute("x", "1");
+    const NodePtr first = root->getAttributes()->item(0);
+    EXPECT_EQ(ownerOf(first), root);
+    root->setAttribute("x", "2");
+    EXPECT_EQ(ownerOf(first), nullptr);
+    const NodePtr second = root->getAttributes()->item(0);
+    EXPECT_EQ(ownerOf(second), root);
+    root->dispose();
+    EXPECT_EQ(ownerOf(second), nullptr);
 }
 
 TEST(ElementTest, FindsElementsOfAnyNamespaceAtAnyDepthInDocumentOrder) {

@@ -1,5 +1,6 @@
 #include <cstddef>
 #include <new>
+#include <type_traits>
 
 #include <gtest/gtest.h>
 
@@ -27,6 +28,9 @@ void operator delete[](void* array, std::size_t) noexcept { ::operator delete(ar
 
 namespace torvo::kzspkgutil {
 namespace {
+
+static_assert(!std::has_virtual_destructor<IPackagerContext>::value,
+              "the interface has one operation and no destructor slot");
 
 TEST(BlockTest, StartsWithoutAnOwner) {
     auto* block = new Block(4);
