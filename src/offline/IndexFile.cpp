@@ -21,11 +21,17 @@ void IndexFile::writeIndexFile(const kzs::AfraIndex& index, std::uint32_t segmen
     kzs::serialiseAfra(index, bytes_);
     const std::string name = baseName_ + "Seg" + std::to_string(segment) + ".kzx";
     // A file that this object made and that doesn't shrink is written over where it stands: file
-    // systems bring an emptied one to the disk at once, which takes longer than all the rest.
+    // systems bring an exchanged one to the disk at once, which takes longer than all the rest.
     const bool grows = segment == writtenSegment_ && bytes_.size() >= writtenBytes_;
     OutputFile file((boost::filesystem::path(outputPath_) / name).string(),
-                    grows ? OutputFile::Former::isOverwritten : OutputFile::Former::isDropped);
-    file.write(bytes_);
+                    grows ? OutputFile::Former::isOverwritten : OutputFile::Former::isReplaced);
+    // The box says how long it is and how many entries it has: after a kill in between it tells of
+    // the entries that were there before.
+    if (grows) {
+        file.overwrite(bytes_, writtenBytes_);
+    } else {
+        file.write(bytes_);
+    }
     file.close();
     writtenSegment_ = segment;
     writtenBytes_ = bytes_.size();

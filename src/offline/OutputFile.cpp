@@ -1,29 +1,68 @@
 #include "offline/OutputFile.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <fcntl.h>
 #include <ios>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace torvo::offline {
-
 namespace {
+
+constexpr mode_t kOrdinaryMode = 0666;
+constexpr mode_t kModeBits = 07777;
 
 /// In the words of the standard library's streams, which users and their scripts know.
 [[noreturn]] void fail() { throw std::ios_base::failure("basic_ios::clear", std::io_errc::stream); }
 
+/// -1 where the file can't be opened.
+int openFile(const std::string& path, int flags) {
+    int descriptor = -1;
+    do {
+        descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | flags, kOrdinaryMode);
+    } while (descriptor < 0 && errno == EINTR);
+    return descriptor;
+}
+
+/// Whether the last failure says that the folder takes no further file of that name, though the
+/// file itself may be writable.
+bool folderRefuses() {
+    return errno == EACCES || errno == EPERM || errno == EROFS || errno == ENAMETOOLONG;
+}
+
 }  // namespace
 
-OutputFile::OutputFile(const std::string& path, Former former) {
-    const int emptied = former == Former::isDropped ? O_TRUNC : 0;
-    do {
-        descriptor_ = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | emptied, 0666);
-    } while (descriptor_ < 0 && errno == EINTR);
+OutputFile::OutputFile(const std::string& path, Former former) : path_(path) {
+    if (former == Former::isReplaced && openReplacement()) return;
+    descriptor_ = openFile(path_, former == Former::isReplaced ? O_TRUNC : 0);
     if (descriptor_ < 0) fail();
 }
 
 OutputFile::~OutputFile() {
     if (descriptor_ >= 0) ::close(descriptor_);
+    if (!replacementPath_.empty()) ::unlink(replacementPath_.c_str());
+}
+
+/// False where the file has to be written itself.
+bool OutputFile::openReplacement() {
+    struct stat former = {};
+    const bool isThere = ::lstat(path_.c_str(), &former) == 0;
+    if (isThere && (!S_ISREG(former.st_mode) || former.st_nlink > 1)) return false;
+    const std::string replacement = path_ + ".part";
+    descriptor_ = openFile(replacement, O_TRUNC | O_NOFOLLOW);
+    if (descriptor_ < 0) {
+        if (folderRefuses()) return false;
+        fail();
+    }
+    replacementPath_ = replacement;
+    // The rights of the former file stay, as they would if it were emptied.
+    if (isThere) static_cast<void>(::fchmod(descriptor_, former.st_mode & kModeBits) == 0);
+    return true;
+}
+
+void OutputFile::moveTo(std::size_t offset) {
+    if (::lseek(descriptor_, static_cast<off_t>(offset), SEEK_SET) < 0) fail();
 }
 
 void OutputFile::write(const void* data, std::size_t size) {
@@ -37,11 +76,21 @@ void OutputFile::write(const void* data, std::size_t size) {
     }
 }
 
+void OutputFile::overwrite(const std::vector<std::uint8_t>& bytes, std::size_t formerSize) {
+    moveTo(formerSize);
+    write(bytes.data() + formerSize, bytes.size() - formerSize);
+    moveTo(0);
+    write(bytes.data(), formerSize);
+}
+
 void OutputFile::close() {
     const int closed = descriptor_;
     descriptor_ = -1;
     // File systems that write late tell a full disk only here. An interrupted close has closed.
     if (::close(closed) < 0 && errno != EINTR) fail();
+    if (replacementPath_.empty()) return;
+    if (std::rename(replacementPath_.c_str(), path_.c_str()) < 0) fail();
+    replacementPath_.clear();
 }
 
 }  // namespace torvo::offline

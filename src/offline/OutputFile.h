@@ -9,18 +9,22 @@ namespace torvo::offline {
 
 /// A file that is written anew, every step of which is checked up to its close.
 ///
+/// The bytes go into "<path>.part", which takes the place of `path` at the close: whoever looks, or
+/// is left after a kill, finds the old file or the new one. What can't be replaced is written where
+/// it stands: a link, a device, a file with two names, one in a folder that can't be written.
+///
 /// Calls that a signal interrupts are made again, counts that come back short are gone on from.
 /// All operations throw std::ios_base::failure. Nothing is held back: what was written is with the
 /// system.
 class OutputFile {
 public:
     enum class Former {
-        isDropped,      ///< the file is made, or the one that is there emptied
-        isOverwritten,  ///< the one that is there keeps what is not written over, if there is one
+        isReplaced,
+        isOverwritten,  ///< written where it stands, and made if it isn't there
     };
 
-    explicit OutputFile(const std::string& path, Former former = Former::isDropped);
-    /// Closes without a check.
+    explicit OutputFile(const std::string& path, Former former = Former::isReplaced);
+    /// Without a close before it the replacement is taken away again.
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
@@ -28,9 +32,17 @@ public:
     void write(const void* data, std::size_t size);
     void write(const std::vector<std::uint8_t>& bytes) { write(bytes.data(), bytes.size()); }
     void write(const std::string& text) { write(text.data(), text.size()); }
+    /// Writes from the start over a file of `formerSize` bytes, at most as many as `bytes` has.
+    /// What lies beyond them is written first: a beginning that tells of it comes later.
+    void overwrite(const std::vector<std::uint8_t>& bytes, std::size_t formerSize);
     void close();
 
 private:
+    bool openReplacement();
+    void moveTo(std::size_t offset);
+
+    std::string path_;
+    std::string replacementPath_;  // empty: the file itself is written
     int descriptor_ = -1;
 };
 

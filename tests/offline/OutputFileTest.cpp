@@ -40,6 +40,63 @@ TEST(OutputFileTest, MakesAFileToOverwriteThatIsNotThere) {
                  std::ios_base::failure);
 }
 
+TEST(OutputFileTest, WhatIsThereStandsUntilTheClose) {
+    const TempDir folder;
+    const std::string path = folder.write("file", text("old"));
+    {
+        OutputFile file(path);
+        file.write(std::string("new and longer"));
+        EXPECT_EQ(kz::test::readFile(path), text("old"));
+    }
+    EXPECT_EQ(kz::test::readFile(path), text("old"));
+    EXPECT_FALSE(kz::test::fileExists(path + ".part"));
+}
+
+TEST(OutputFileTest, KeepsTheRightsOfTheFileThatItReplaces) {
+    namespace fs = std::filesystem;
+    const TempDir folder;
+    const std::string path = folder.write("file", text("old"));
+    constexpr auto kRights =
+        fs::perms::owner_read | fs::perms::owner_write | fs::perms::others_exec;
+    fs::permissions(path, kRights);
+    OutputFile file(path);
+    file.close();
+    EXPECT_EQ(fs::status(path).permissions(), kRights);
+}
+
+TEST(OutputFileTest, WritesThroughLinksAndIntoFilesOfTwoNames) {
+    namespace fs = std::filesystem;
+    const TempDir folder;
+    const std::string path = folder.write("file", text("old"));
+    fs::create_symlink("file", folder / "soft");
+    fs::create_hard_link(path, folder / "hard");
+    for (const std::string name : {"soft", "hard"}) {
+        OutputFile file(folder / name);
+        file.write(name);
+        file.close();
+        EXPECT_EQ(kz::test::readFile(path), text(name));
+    }
+    EXPECT_TRUE(fs::is_symlink(folder / "soft"));
+}
+
+TEST(OutputFileTest, ANameWithoutRoomForAnotherIsWrittenDirectly) {
+    const TempDir folder;
+    const std::string path = folder / std::string(253, 'n');
+    OutputFile file(path);
+    file.write(std::string("new"));
+    file.close();
+    EXPECT_EQ(kz::test::readFile(path), text("new"));
+}
+
+TEST(OutputFileTest, OverwritesFromTheStartAndGrows) {
+    const TempDir folder;
+    const std::string path = folder.write("file", text("abc"));
+    OutputFile file(path, OutputFile::Former::isOverwritten);
+    file.overwrite(text("12345"), 3);
+    file.close();
+    EXPECT_EQ(kz::test::readFile(path), text("12345"));
+}
+
 TEST(OutputFileTest, AFolderInItsPlaceIsAFailure) {
     const TempDir folder;
     EXPECT_THROW(OutputFile(folder.path()), std::ios_base::failure);

@@ -39,7 +39,7 @@ class Result:
 
 
 def run(argv, env=None, timeout=5, cwd=None):
-    full = dict(os.environ, **EPOCH, **(env or {}))
+    full = {**os.environ, **EPOCH, **(env or {})}
     try:
         done = subprocess.run([a if isinstance(a, bytes) else str(a) for a in argv], env=full,
                               stdin=subprocess.DEVNULL, capture_output=True,

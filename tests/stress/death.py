@@ -23,11 +23,10 @@ NO_DATA = 0xFFFFFFFFFFFFFFFF
 
 def index_complaint(folder, file):
     data = file.read_bytes()
-    if not data:
-        return None  # opened, and killed before the write
     if len(data) < 21 or data[4:8] != b"afra":
         return f"{file.name} is no index"
-    if struct.unpack(">I", data[:4])[0] != len(data):
+    # It may be longer than its box says: entries come before the box tells of them.
+    if struct.unpack(">I", data[:4])[0] > len(data):
         return f"{file.name} is cut"
     (local,) = struct.unpack(">I", data[17:21])
     if not data[12] & 0x20:

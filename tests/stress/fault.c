@@ -224,6 +224,12 @@ int ftruncate64(int fd, off64_t size) {
 }
 int ftruncate(int fd, off_t size) { return ftruncate64(fd, size); }
 
+int rename(const char* from, const char* to) {
+    REAL(int, "rename", const char*, const char*);
+    if (pathCounts(from) && failsOn("rename", from) && !shortCount && failErrno != EINTR) return -1;
+    return real(from, to);
+}
+
 int close(int fd) {
     REAL(int, "close", int);
     const int counts = isWatched(fd);
