@@ -16,6 +16,9 @@ namespace {
 // The largest count that one call can report.
 constexpr std::uint64_t kLargestCall = std::numeric_limits<ssize_t>::max();
 
+// Up to here any file system has positions; whether there are larger ones is for the system to say.
+constexpr std::int64_t kSurePosition = std::int64_t{1} << 40;
+
 int systemFlags(std::uint32_t openFlags) {
     int flags = O_CLOEXEC;
     if ((openFlags & kOpenReadWrite) != 0) {
@@ -53,40 +56,66 @@ void FileStream::open() {
         untilNotInterrupted([&] { return ::open(path_.c_str(), systemFlags(openFlags_), 0666); });
     if (opened < 0) fail();
     descriptor_ = opened;
+    position_ = 0;
+    const bool appends = (openFlags_ & kOpenAppend) != 0;
+    keepsPosition_ = !appends && ::lseek(opened, 0, SEEK_CUR) == 0;
 }
 
 void FileStream::close() {
     if (descriptor_ < 0) return;
     ::close(descriptor());  // reports nothing, as all that is written was checked before
     descriptor_ = -1;
+    keepsPosition_ = false;
 }
 
 std::uint64_t FileStream::read(void* buffer, std::uint64_t count) {
     if (buffer == nullptr || count == 0) return 0;
     const auto size = static_cast<std::size_t>(std::min(count, kLargestCall));
-    const ssize_t got = untilNotInterrupted([&] { return ::read(descriptor(), buffer, size); });
+    const ssize_t got = untilNotInterrupted([&] {
+        return keepsPosition_ ? ::pread(descriptor(), buffer, size, position_)
+                              : ::read(descriptor(), buffer, size);
+    });
     if (got < 0) fail();
+    position_ += got;
     return static_cast<std::uint64_t>(got);
 }
 
 std::uint64_t FileStream::seek(std::int64_t offset, int origin) {
+    if (origin == kFromStart) {
+        if (keepsPosition_ && offset >= 0 && offset <= kSurePosition) {
+            position_ = offset;
+            return static_cast<std::uint64_t>(offset);
+        }
+        return systemSeek(offset, SEEK_SET);
+    }
+    if (origin == kFromEnd) return systemSeek(offset, SEEK_END);
     // On purpose: any other origin counts from the position.
     // Pinned by FileStreamTest.CountsFromThePositionForAnyOtherOrigin.
-    const int whence = origin == kFromStart ? SEEK_SET : origin == kFromEnd ? SEEK_END : SEEK_CUR;
+    if (keepsPosition_) ::lseek(descriptor(), position_, SEEK_SET);
+    return systemSeek(offset, SEEK_CUR);
+}
+
+std::uint64_t FileStream::systemSeek(std::int64_t offset, int whence) {
     const off_t position = ::lseek(descriptor(), offset, whence);
     if (position < 0) fail();
+    position_ = position;
     return static_cast<std::uint64_t>(position);
 }
 
 std::uint64_t FileStream::tell() {
+    if (keepsPosition_) return static_cast<std::uint64_t>(position_);
     return static_cast<std::uint64_t>(::lseek(descriptor(), 0, SEEK_CUR));
 }
 
 std::uint64_t FileStream::write(const void* buffer, std::uint64_t count) {
     if (buffer == nullptr || count == 0) return 0;
     const auto size = static_cast<std::size_t>(std::min(count, kLargestCall));
-    const ssize_t put = untilNotInterrupted([&] { return ::write(descriptor(), buffer, size); });
+    const ssize_t put = untilNotInterrupted([&] {
+        return keepsPosition_ ? ::pwrite(descriptor(), buffer, size, position_)
+                              : ::write(descriptor(), buffer, size);
+    });
     if (put < 0) fail();
+    position_ += put;
     return static_cast<std::uint64_t>(put);
 }
 

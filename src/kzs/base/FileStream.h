@@ -28,6 +28,10 @@ constexpr std::uint32_t openFlagsFor(bool writable, bool keepContent) {
 /// A file on disk. An instance belongs to one thread.
 ///
 /// Calls that a signal interrupts are made again. The destructor closes.
+///
+/// The position is kept here and handed over with each read and write, so that a seek costs no call
+/// to the system. Files without positions (pipes, terminals) and those opened to append are read
+/// and written where the system has them.
 class FileStream : public IOStream {
 public:
     /// Opens nothing yet.
@@ -51,11 +55,14 @@ public:
 
 private:
     int descriptor() const { return static_cast<int>(descriptor_); }
+    std::uint64_t systemSeek(std::int64_t offset, int whence);
     [[noreturn]] void fail() const;
 
     std::string path_;
     std::uint32_t openFlags_;
     std::int64_t descriptor_ = -1;
+    bool keepsPosition_ = false;
+    std::int64_t position_ = 0;  // counts while keepsPosition_
 };
 
 }  // namespace torvo::kzs

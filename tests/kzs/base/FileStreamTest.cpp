@@ -295,6 +295,57 @@ TEST(FileStreamTest, ClosesItsFileWhenItGoes) {
     EXPECT_EQ(openFiles(), before);
 }
 
+TEST(FileStreamTest, RefusesPositionsThatNoFileHasWithCode2AndStaysWhereItWas) {
+    const TempDir dir;
+    FileStream stream(dir.write("a", text("abcdef")), kReadOnly);
+    stream.open();
+    stream.seek(2, kFromStart);
+    EXPECT_EQ(codeThrownBy([&] { stream.seek(-3, kFromCurrent); }), 2);
+    EXPECT_EQ(codeThrownBy([&] { stream.seek(-7, kFromEnd); }), 2);
+    EXPECT_EQ(codeThrownBy([&] { stream.seek(0x7FFFFFFFFFFFFFFF, kFromCurrent); }), 2);
+    EXPECT_EQ(stream.tell(), 2U);
+    EXPECT_EQ(readAll(stream, 1), "c");
+}
+
+TEST(FileStreamTest, ReadsAPipeInItsOrder) {
+    const TempDir dir;
+    const std::string path = dir / "pipe";
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    FileStream both(path, kOpenReadWrite);  // so that neither end waits for the other
+    both.open();
+    EXPECT_EQ(both.write("abcdef", 6), 6U);
+    EXPECT_EQ(readAll(both, 2), "ab");
+    EXPECT_EQ(readAll(both, 3), "cde");
+    EXPECT_EQ(codeThrownBy([&] { both.seek(0, kFromStart); }), 1);
+    EXPECT_EQ(both.tell(), 0xFFFFFFFFFFFFFFFFU);
+}
+
+TEST(FileStreamTest, AppendsWhereverItStands) {
+    const TempDir dir;
+    const std::string path = dir.write("a", text("abc"));
+    FileStream stream(path, kOpenReadWrite | kOpenAppend);
+    stream.open();
+    EXPECT_EQ(readAll(stream, 1), "a");
+    stream.seek(0, kFromStart);
+    EXPECT_EQ(stream.write("XY", 2), 2U);
+    EXPECT_EQ(stream.tell(), 5U);
+    EXPECT_EQ(readFile(path), text("abcXY"));
+}
+
+TEST(FileStreamTest, ReadsWhatAnotherStreamWroteMeanwhile) {
+    const TempDir dir;
+    const std::string path = dir.write("a", text("abcdef"));
+    FileStream reader(path, kReadOnly);
+    FileStream writer(path, kKeepFile);
+    reader.open();
+    writer.open();
+    EXPECT_EQ(readAll(reader, 2), "ab");
+    writer.seek(3, kFromStart);
+    writer.write("XYZ123", 6);
+    EXPECT_EQ(readAll(reader, 100), "cXYZ123");
+    EXPECT_EQ(reader.seek(0, kFromEnd), 9U);
+}
+
 TEST(FileStreamTest, GivesNewFilesToEveryoneLessTheUmask) {
     const TempDir dir;
     const mode_t former = umask(022);
