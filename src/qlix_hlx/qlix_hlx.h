@@ -1,6 +1,6 @@
 #pragma once
 
-/* The encryption library: five entry points and the tables of functions that they give out.
+/* The encryption library: six entry points and the tables of functions that three of them give out.
  *
  * A table begins with its version number in a slot of pointer size; entry n is the n-th slot behind
  * it. Slots that have no function hold null. Handles are opaque and belong to the library; whoever
