@@ -246,6 +246,9 @@ TEST(FileStreamTest, MakesCallsAgainThatASignalInterrupts) {
                   got = readAll(stream, 3);
               }),
               -1);
+    // Had the reader failed, the writer would wait for one for ever.
+    FileStream both(pipe, kOpenBinary | kOpenReadWrite);
+    both.open();
     other.join();
     EXPECT_EQ(got, "abc");
     EXPECT_GT(Interruptible::interruptions(), 0);
