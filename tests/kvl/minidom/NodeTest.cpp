@@ -119,6 +119,14 @@ TEST_F(NodeTest, ReplacesAChild) {
     EXPECT_EQ(codeOf([&] { root->replaceChild(make("m"), b); }), 8);
 }
 
+TEST_F(NodeTest, MovesAChildThatReplacesAnother) {
+    EXPECT_EQ(root->replaceChild(c, a), c);
+    EXPECT_EQ(outline(*root), "{}r({}c {}b)");
+    EXPECT_EQ(root->replaceChild(b, b), b);
+    EXPECT_EQ(outline(*root), "{}r({}c {}b)");
+    EXPECT_EQ(b->getParentNode(), root);
+}
+
 TEST_F(NodeTest, RemovesAChild) {
     EXPECT_EQ(root->removeChild(b), b);
     EXPECT_EQ(outline(*root), "{}r({}a {}c)");
