@@ -41,8 +41,8 @@ private:
         const auto attributes = element.getAttributes();
         for (std::size_t i = 0; i < attributes->getLength(); ++i) {
             const Node& attribute = *attributes->item(i);
-            // The prefix "xml" is bound without being declared; no prefix is no namespace.
-            if (attribute.getPrefix().empty() || attribute.getPrefix() == "xml") continue;
+            // Without a prefix an attribute has no namespace, whatever its element has.
+            if (attribute.getPrefix().empty()) continue;
             declare(attribute, scope);
         }
         return scope;
