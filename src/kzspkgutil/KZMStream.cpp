@@ -40,6 +40,10 @@ void KZMStream::open() {
 
 void KZMStream::close() { file_.close(); }
 
+void KZMStream::settle() {
+    translatedWriting([&] { file_.settle(); });
+}
+
 std::uint64_t KZMStream::read(void* buffer, std::uint64_t count) {
     return translated([&] { return file_.read(buffer, count); });
 }

@@ -14,8 +14,8 @@ namespace torvo::kzspkgutil {
 /// object itself belongs to whoever made it. One user opens it: a writer, or a reader.
 ///
 /// A failed operation leaves as qlix::kzm::Exception. Opening, reading, seeking and telling give it
-/// the number of the kzs::IOStreamException; writing and cutting give writeFailed, whatever the
-/// cause.
+/// the number of the kzs::IOStreamException; writing, cutting and settling give writeFailed,
+/// whatever the cause.
 class KZMStream final : public qlix::kzm::QlixIOStream {
 public:
     /// `openFlags` as for kzs::FileStream. Opens nothing yet.
@@ -26,6 +26,8 @@ public:
 
     void open() override;
     void close() override;
+    /// Asks for the failures that closing would hide; the file stays open.
+    void settle();
     std::uint64_t read(void* buffer, std::uint64_t count) override;
     std::uint64_t seek(std::int64_t offset, int origin) override;
     std::uint64_t tell() override;

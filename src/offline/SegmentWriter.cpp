@@ -36,7 +36,10 @@ kzspkgutil::FragmentPosition SegmentWriter::writeUpTo(const kzspkgutil::MessageL
     return writer_->writeUpTo(messages, endTime, bootstrap, bootstrapSize);
 }
 
-void SegmentWriter::finishWriter() { writer_->finishWriter(); }
+void SegmentWriter::finishWriter() {
+    writer_->finishWriter();
+    stream_->settle();
+}
 
 void SegmentWriter::advance(std::uint32_t milliseconds) {
     elapsed_ += milliseconds;
@@ -48,7 +51,10 @@ void SegmentWriter::advance(std::uint32_t milliseconds) {
 void SegmentWriter::roll() {
     // Closing swallows failures, so what is still on its way must fail here. On purpose the old
     // file is not finished beyond that.
-    if (writer_) writer_->flush();
+    if (writer_) {
+        writer_->flush();
+        stream_->settle();
+    }
 
     elapsed_ = 0;
     ++segmentNumber_;

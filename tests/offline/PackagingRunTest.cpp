@@ -1,12 +1,17 @@
+#include <cerrno>
+#include <filesystem>
+
 #include <boost/smart_ptr/make_shared.hpp>
 #include <gtest/gtest.h>
 
+#include "kzm/Exception.h"
 #include "kzs/Rendition.h"
 #include "kzs/base/ByteOrder.h"
 #include "kzspkgutil/KZSMediaWriterPolicy.h"
 #include "offline/OfflineException.h"
 #include "offline/OptionFixture.h"
 #include "offline/PackagingRun.h"
+#include "support/FailingClose.h"
 #include "support/FlvBuilder.h"
 #include "support/Presentation.h"
 #include "support/TempDir.h"
@@ -90,6 +95,16 @@ boost::shared_ptr<kzspkgutil::ISampleIterator> AudioSource::getSampleIterator() 
     return boost::make_shared<AudioIterator>(*this);
 }
 
+/// How often this process has the file open.
+int openFilesAt(const std::string& path) {
+    int count = 0;
+    for (const auto& each : std::filesystem::directory_iterator("/proc/self/fd")) {
+        std::error_code gone;  // the iterator's own descriptor, perhaps
+        if (std::filesystem::read_symlink(each, gone) == path) ++count;
+    }
+    return count;
+}
+
 class PackagingRunTest : public testing::Test {
 protected:
     void run(double limitMs, const OptionMap& replaced = {}) {
@@ -167,6 +182,34 @@ TEST_F(PackagingRunTest, TheIndexOfTheLastSegmentIsWrittenEvenIfThatHasNoFragmen
     run(0.0, {{"segment-duration", 7.0}});
     EXPECT_EQ(index(1).size(), 2U);
     EXPECT_EQ(index(2).size(), 2U);
+}
+
+TEST_F(PackagingRunTest, TheLastSegmentStaysOpenUntilTheProcessEnds) {
+    samplesEvery(500, 3000);
+    run(0.0);
+    EXPECT_EQ(openFilesAt(folder / "clipSeg1.kzs"), 1);
+}
+
+TEST_F(PackagingRunTest, ASegmentThatIsFollowedByAnotherIsClosed) {
+    samplesEvery(500, 7500);
+    run(0.0, {{"segment-duration", 7.0}});
+    EXPECT_EQ(openFilesAt(folder / "clipSeg1.kzs"), 0);
+    EXPECT_EQ(openFilesAt(folder / "clipSeg2.kzs"), 1);
+}
+
+TEST_F(PackagingRunTest, AFailureThatOnlyAClosedSegmentTellsIsAFailureOfTheWriter) {
+    samplesEvery(500, 7500);
+    for (const char* segment : {"clipSeg1.kzs", "clipSeg2.kzs"}) {
+        rendition = kzs::Rendition();
+        const kz::test::FailingClose fault(segment, EDQUOT);
+        std::uint32_t code = 0;
+        try {
+            run(0.0, {{"segment-duration", 7.0}});
+        } catch (const qlix::kzm::Exception& failure) {
+            code = failure.code();
+        }
+        EXPECT_EQ(code, numberOf(qlix::kzm::ErrorCode::writeFailed)) << segment;
+    }
 }
 
 TEST_F(PackagingRunTest, BadTimingIsRefused) {

@@ -25,6 +25,8 @@
 
 enum { kDescriptors = 4096 };
 
+enum { kOpened = 1, kCopy = 2 };
+
 static unsigned char watched[kDescriptors];
 static long calls;
 static long failAt = -1;
@@ -68,7 +70,7 @@ static int pathCounts(const char* path) {
 }
 
 static void watch(int fd) {
-    if (fd >= 0 && fd < kDescriptors) watched[fd] = 1;
+    if (fd >= 0 && fd < kDescriptors) watched[fd] = kOpened;
 }
 
 /* 1 when this call is to fail. */
@@ -89,8 +91,8 @@ static int failsOn(const char* name, const char* path) {
     return 1;
 }
 
-#define REAL(result, name, ...)                                      \
-    static result (*real)(__VA_ARGS__) = NULL;                       \
+#define REAL(result, name, ...)                \
+    static result (*real)(__VA_ARGS__) = NULL; \
     if (real == NULL) *(void**)(&real) = dlsym(RTLD_NEXT, name)
 
 static int openCounted(const char* name, const char* path, int flags, mode_t mode) {
@@ -230,12 +232,23 @@ int rename(const char* from, const char* to) {
     return real(from, to);
 }
 
+int dup(int fd) {
+    REAL(int, "dup", int);
+    const int counts = isWatched(fd);
+    if (counts && fails("dup") && !shortCount) return -1;
+    const int copy = real(fd);
+    if (counts && copy >= 0 && copy < kDescriptors) watched[copy] = kCopy;
+    return copy;
+}
+
 int close(int fd) {
     REAL(int, "close", int);
     const int counts = isWatched(fd);
+    const int isCopy = counts && watched[fd] == kCopy;
     if (counts) watched[fd] = 0;
     /* A close that fails has closed all the same; an interrupted one is never seen here. */
-    const int failing = counts && fails("close") && !shortCount && failErrno != EINTR;
+    const int failing =
+        counts && fails(isCopy ? "close-copy" : "close") && !shortCount && failErrno != EINTR;
     const int saved = errno;
     const int result = real(fd);
     if (!failing) return result;

@@ -77,7 +77,7 @@ class Faults:
     def may_pass(call):
         """The faults that change nothing of what is written."""
         name, _, path = call.partition(" ")
-        # Segments and inputs are closed without asking: all that was written was checked before.
+        # Segments and inputs are closed without asking; of a segment a copy is closed first, which is checked.
         if name in ("close", "fclose"):
             return True
         # A settings file that can't be opened counts as empty, and libraries look for files of their own.

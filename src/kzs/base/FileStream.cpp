@@ -63,9 +63,15 @@ void FileStream::open() {
 
 void FileStream::close() {
     if (descriptor_ < 0) return;
-    ::close(descriptor());  // reports nothing, as all that is written was checked before
+    ::close(descriptor());
     descriptor_ = -1;
     keepsPosition_ = false;
+}
+
+void FileStream::settle() const {
+    const int copy = untilNotInterrupted([&] { return ::dup(descriptor()); });
+    // An interrupted close has closed.
+    if (copy < 0 || (::close(copy) < 0 && errno != EINTR)) fail();
 }
 
 std::uint64_t FileStream::read(void* buffer, std::uint64_t count) {

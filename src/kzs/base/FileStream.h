@@ -43,7 +43,11 @@ public:
     /// New files get read and write permission for all, less the umask, and are not locked.
     /// On purpose: a second open takes a new descriptor and leaves the old one open.
     void open() override;
+    /// Reports nothing: who wants to hear of a failure calls `settle` first.
     void close() override;
+    /// Asks for what only a close tells, and stays open: file systems that write late report a
+    /// full disk or a used up quota there. Throws IOStreamException.
+    void settle() const;
     std::uint64_t read(void* buffer, std::uint64_t count) override;
     std::uint64_t seek(std::int64_t offset, int origin) override;
     std::uint64_t tell() override;

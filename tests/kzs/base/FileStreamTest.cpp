@@ -12,6 +12,7 @@
 
 #include "kzs/base/FileStream.h"
 #include "kzs/base/IOStreamException.h"
+#include "support/FailingClose.h"
 #include "support/TempDir.h"
 
 namespace torvo::kzs {
@@ -184,6 +185,35 @@ TEST(FileStreamTest, ClosesTwiceWithoutHarm) {
     stream.close();
     EXPECT_FALSE(stream.isOpen());
     EXPECT_EQ(stream.tell(), 0xFFFFFFFFFFFFFFFFU);
+}
+
+TEST(FileStreamTest, SettlesToHearOfFailuresThatAreToldLateAndStaysOpen) {
+    const TempDir dir;
+    FileStream stream(dir / "a", kNewFile);
+    stream.open();
+    stream.write("abc", 3);
+    stream.settle();
+    {
+        const kz::test::FailingClose fault("/a", EDQUOT);
+        EXPECT_THROW(stream.settle(), IOStreamException);
+    }
+    {
+        const kz::test::FailingClose interruption("/a", EINTR);
+        EXPECT_NO_THROW(stream.settle());
+    }
+    EXPECT_EQ(stream.write("d", 1), 1U);
+    EXPECT_EQ(stream.tell(), 4U);
+    stream.close();
+    EXPECT_THROW(stream.settle(), IOStreamException);
+}
+
+TEST(FileStreamTest, ClosesWithoutAWordWhateverTheSystemSays) {
+    const TempDir dir;
+    FileStream stream(dir / "a", kNewFile);
+    stream.open();
+    const kz::test::FailingClose fault("/a", EIO);
+    stream.close();
+    EXPECT_FALSE(stream.isOpen());
 }
 
 TEST(FileStreamTest, ReachesPositionsAbove4GiB) {
