@@ -8,22 +8,22 @@ namespace torvo::offline {
 /// The one family of failures that leave this program. The code is both the number in the error
 /// line and the exit status.
 ///
-///   class                        code  text
-///   FileNotFoundException           1  path " file does not exist"
-///   PathNotFileException            1  "Path is not a file " path
+///   class                        code  text, A the argument
+///   FileNotFoundException           1  A" file does not exist"
+///   PathNotFileException            1  "Path is not a file "A
 ///   InputFileNotGivenException      2  "no input file given"
-///   InvalidInputFileException       3  "invalid input file " argument
-///   CantAccessFileException         4  "cannot access input file " path
-///   NoSupportedTracksException      6  "Input file does not contain any supported tracks: " path
+///   InvalidInputFileException       3  "invalid input file "A
+///   CantAccessFileException         4  "cannot access input file "A
+///   NoSupportedTracksException      6  "Input file does not contain any supported tracks: "A
 ///   WriterException                 7  "KZS writer failed"
-///   XMLConfigException              8  "XML Library failed " text
-///   ProgramOptionsException         9  "Usage: " program " --input-file=<file>
-///   --[setting]=[arg]..." EncryptionInfoException        10  "Not enough information given for
-///   encryption: " text FLVLibraryException      11 or 14  "Error when reading the FLV " text
-///   StdErrorException              12  "Standard Exception: " text
+///   XMLConfigException              8  "XML Library failed "A
+///   ProgramOptionsException         9  "Usage: "A" --input-file=<file> --[setting]=[arg]..."
+///   EncryptionInfoException        10  "Not enough information given for encryption: "A
+///   FLVLibraryException      11 or 14  "Error when reading the FLV "A
+///   StdErrorException              12  "Standard Exception: "A
 ///   InvalidBootstrapException      13  "Bootstrap file is corrupt"
-///   EncryptionException      14 or 11  "Error in the Encryption Library " text
-///   InvalidAfraException           15  "Afra Index is corrupt: " text
+///   EncryptionException      14 or 11  "Error in the Encryption Library "A
+///   InvalidAfraException           15  "Afra Index is corrupt: "A
 ///   ManifestFileNotGivenException  23  "no manifest file given"
 ///   InternalException             999  "Offline packager has failed internally"
 ///
