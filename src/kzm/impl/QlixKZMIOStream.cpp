@@ -135,11 +135,7 @@ void QlixKZMIOStream::writeThrough(std::uint64_t position, const std::uint8_t* b
 
 std::uint64_t QlixKZMIOStream::measureSize() {
     flush();
-    const std::uint64_t before = stream_->tell();
-    stream_->seek(0, kSeekFromEnd);
-    const std::uint64_t size = stream_->tell();
-    stream_->seek(static_cast<std::int64_t>(before), kSeekFromStart);
-    return size;
+    return sizeOf(*stream_);
 }
 
 }  // namespace qlix::kzm::impl

@@ -75,12 +75,6 @@ void QlixKZMIStream::seek(std::uint64_t position) { position_ = position; }
 
 std::uint64_t QlixKZMIStream::tell() const { return position_; }
 
-std::uint64_t QlixKZMIStream::measureSize() {
-    const std::uint64_t before = stream_->tell();
-    stream_->seek(0, kSeekFromEnd);
-    const std::uint64_t size = stream_->tell();
-    stream_->seek(static_cast<std::int64_t>(before), kSeekFromStart);
-    return size;
-}
+std::uint64_t QlixKZMIStream::measureSize() { return sizeOf(*stream_); }
 
 }  // namespace qlix::kzm::impl

@@ -1,5 +1,8 @@
 #include "kzm/impl/QlixKZMStream.h"
 
+#include <limits>
+
+#include "kzm/QlixIStream.h"
 #include "kzs/base/ByteOrder.h"
 
 namespace qlix::kzm::impl {
@@ -41,6 +44,20 @@ std::uint64_t QlixKZMStream::readU64() {
 std::uint64_t QlixKZMStream::byteSize() {
     if (!size_) size_ = measureSize();
     return *size_;
+}
+
+std::uint64_t QlixKZMStream::sizeOf(QlixIStream& stream) {
+    // A stream over a file answers all ones when it doesn't know.
+    const auto position = [&stream] {
+        const std::uint64_t told = stream.tell();
+        if (told == std::numeric_limits<std::uint64_t>::max()) raise(ErrorCode::shortRead);
+        return told;
+    };
+    const std::uint64_t before = position();
+    stream.seek(0, kSeekFromEnd);
+    const std::uint64_t size = position();
+    stream.seek(static_cast<std::int64_t>(before), kSeekFromStart);
+    return size;
 }
 
 std::uint64_t QlixKZMStream::left() {

@@ -5,6 +5,10 @@
 
 #include "kzm/ErrorCode.h"
 
+namespace qlix::kzm {
+class QlixIStream;
+}
+
 namespace qlix::kzm::impl {
 
 /// The library's side of a stream: exact reads, the size, and the channel for warnings.
@@ -52,6 +56,8 @@ protected:
     /// Measures the size; the position stays.
     virtual std::uint64_t measureSize();
     void forgetSize() { size_.reset(); }
+    /// The size of a caller's stream, whose position stays. Throws shortRead when it can't tell.
+    static std::uint64_t sizeOf(QlixIStream& stream);
 
 private:
     std::optional<std::uint64_t> size_;

@@ -37,6 +37,25 @@ TEST(QlixKZMIStreamTest, MeasuresTheSizeOnceAndKeepsThePosition) {
     EXPECT_EQ(file.stream.left(), 0U);
 }
 
+/// As a file that the system can't tell the position of.
+class LostStream final : public MemoryStream {
+public:
+    using MemoryStream::MemoryStream;
+    std::uint64_t tell() override { return --tellsLeft == 0 ? kNever : MemoryStream::tell(); }
+
+    int tellsLeft = 0;
+};
+
+TEST(QlixKZMIStreamTest, ThrowsFiveWhenTheStreamCantTellItsSize) {
+    for (const int failing : {1, 2}) {
+        LostStream memory(pattern(50, 1));
+        memory.tellsLeft = failing;
+        QlixKZMIStream stream(&memory);
+        stream.open();
+        EXPECT_EQ(codeOf([&] { stream.byteSize(); }), 5U) << failing;
+    }
+}
+
 TEST(QlixKZMIStreamTest, GivesTheSameBytesInPiecesOfAnySize) {
     const Bytes content = pattern(50000, 9);
     for (const std::size_t piece : {1000U, 16383U, 16384U, 16385U, 49999U, 50000U}) {
