@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include "kzs/BootstrapInfo.h"
+#include "kzs/BootstrapWriter.h"
 #include "offline/OfflineException.h"
 #include "offline/OptionFixture.h"
 #include "offline/RunModes.h"
+#include "support/TempDir.h"
 
 namespace torvo::offline {
 namespace {
@@ -72,6 +75,25 @@ TEST(RunModesTest, TheDumpShowsNumbersAndTextsInKeyOrder) {
               "segment-duration : 0\n"
               "transport-cert : \n"
               "video-encrypt-level : 2\n");
+}
+
+TEST(RunModesTest, SamplesComeBeforeFragmentsAndThoseBeforeBootstrapAndIndex) {
+    const kz::test::TempDir folder;
+    const auto box = kzs::serialiseBootstrap(kzs::BootstrapInfo(), /*bodyOnly=*/false);
+    const std::string file = folder.write("a.bootstrap", kz::test::bytesOf(box.data(), box.size()));
+    OptionMap modes = {{"input-file", file},
+                       {"inspect-index", kOn},
+                       {"inspect-bootstrap", kOn},
+                       {"inspect-fragments", kOn},
+                       {"sample-dump", kOn}};
+    // A bootstrap is no movie, has no fragments, and is no index.
+    EXPECT_THROW(printed(modes), InvalidInputFileException);
+    modes.erase("sample-dump");
+    EXPECT_EQ(printed(modes), "");
+    modes.erase("inspect-fragments");
+    EXPECT_NE(printed(modes), "");
+    modes.erase("inspect-bootstrap");
+    EXPECT_THROW(printed(modes), StdErrorException);
 }
 
 /// Takes nothing.
