@@ -119,9 +119,23 @@ TEST(FragmentTimingTest, TheCountOfFramesIsA32BitProduct) {
 }
 
 TEST(FragmentTimingTest, CountsBeyond32BitsKeepTheirLowBits) {
+    const auto durationFor = [](double frames) {
+        return timingWith({{"frame-rate", 1000.0}, {"frames-per-keyframe-interval", frames}})
+            .fragmentDuration;
+    };
+    EXPECT_EQ(durationFor(4294967299.0), 3U);
+    EXPECT_EQ(durationFor(-5.0), 4294967291U);
+    // Limited to 63 bits, all of which are set.
+    EXPECT_EQ(durationFor(1e30), 4294967295U);
+    EXPECT_EQ(failureWith({{"frame-rate", 1000.0}, {"frames-per-keyframe-interval", -1e30}}),
+              "no value specified for frames-per-keyframe-interval");
+}
+
+TEST(FragmentTimingTest, TheOrderOfTheFactorsDecidesTheLastDigits) {
+    // 803 x 0.04 is a little less than 32.12; 803 x (0.04 x 1000) would be 32120.
     const FragmentTiming timing =
-        timingWith({{"frame-rate", 1000.0}, {"frames-per-keyframe-interval", 4294967299.0}});
-    EXPECT_EQ(timing.fragmentDuration, 3U);
+        timingWith({{"frame-rate", 25.0}, {"frames-per-keyframe-interval", 803.0}});
+    EXPECT_EQ(timing.fragmentDuration, 32119U);
 }
 
 }  // namespace
