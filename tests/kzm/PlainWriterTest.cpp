@@ -10,12 +10,12 @@ using namespace kz::test;
 
 using Types = std::vector<std::string>;
 
-/// A plain or fragmented writer with one video track of timescale 1000.
+/// A plain or fragmented writer with one video track.
 struct Plain {
     explicit Plain(bool isFragmented, std::uint32_t capacity = kDefaultSampleTableCapacity,
-                   std::uint32_t optionBits = 0)
+                   std::uint32_t optionBits = 0, std::uint32_t timescale = 1000)
         : writer(stream, configurationFor(isFragmented), nullptr) {
-        KZMTrackInfo info = trackInfo("vide", 1000);
+        KZMTrackInfo info = trackInfo("vide", timescale);
         info.optionBits = optionBits;
         track = writer.addTrack(info, trackParams(3), "name", 5, capacity);
         VideoSampleDescriptor description;
@@ -67,6 +67,14 @@ TEST(PlainWriterTest, FillsTheTablesInFrontOfTheData) {
     EXPECT_EQ(test.bodyOf("co64").slice(0, 12), u32(1) + u64(mdat.offset + 16));
     EXPECT_EQ(test.bodyOf("stss").slice(0, 12), u32(2) + u32(1) + u32(3));
     EXPECT_EQ(editsOf(test.file(), 0), (std::vector<EditListRow>{{81, 0}}));
+}
+
+TEST(PlainWriterTest, TheLastSampleLastsATickOfTheMovie) {
+    Plain test(false, 3, 0, 90000);  // the movie has 1000 ticks a second
+    test.sample(0, text("a"), 1);
+    test.sample(40, text("b"));
+    test.writer.close();
+    EXPECT_EQ(test.bodyOf("stts").slice(0, 20), u32(2) + u32(1) + u32(3600) + u32(1) + u32(90));
 }
 
 TEST(PlainWriterTest, HasNoBoxesOfFragments) {
