@@ -222,6 +222,19 @@ TEST(QlixFLVInterfaceTest, StreamFailuresGiveTheirOwnCode) {
     EXPECT_EQ(shrunk.open(), 5U);
 }
 
+TEST(QlixFLVInterfaceTest, RefusesAStreamThatClaimsToHaveReadMoreThanItWasAskedFor) {
+    FlvFixture file(flvFile({mp3Frame(0, raw({1}))}));
+    QlixFLVInputStreamCallBacks input = file.stream.callBacks();
+    const QlixFLVAllocatorCallBacks memory = file.allocator.callBacks();
+    input.read = [](void*, void*, std::uint32_t size, std::uint32_t* bytesRead) {
+        *bytesRead = size + 1;
+        return std::uint32_t{0};
+    };
+    QlixFLVReader* reader = nullptr;
+    EXPECT_EQ(QlixFLVDocOpenForRead(&input, &memory, &reader), 5U);
+    EXPECT_EQ(reader, nullptr);
+}
+
 TEST(QlixFLVInterfaceTest, GoesOnBehindShortReads) {
     const FlvTag tag = mp3Frame(0, pattern(1000, 3));
     FlvFixture file(flvFile({tag}));

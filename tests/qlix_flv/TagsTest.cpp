@@ -218,6 +218,15 @@ TEST(DocInfoTest, DamageEndsTheWalkWithWhatWasSeen) {
     EXPECT_EQ(info.hasVideo, 0U);
 }
 
+TEST(DocInfoTest, AStreamThatFailsOnTheWalkIsNoDamage) {
+    FlvFixture file(flvFile({mp3Frame(0, pattern(300000, 1)), mp3Frame(26, raw({1}))}));
+    file.stream.failingRead = 1;  // the first read brings the first 256 KiB
+    ASSERT_EQ(file.open(), 0U);
+    FLVDocInfo info{};
+    EXPECT_EQ(QlixFLVReaderGetDocInfo(file.reader, &info), 5U);
+    EXPECT_EQ(info.hasAudio, 0U);
+}
+
 TEST(DocInfoTest, TheWalkStopsOnceBothKindsWereSeen) {
     std::vector<FlvTag> tags{avcConfig(0), aacConfig(0)};
     for (int i = 0; i < 20; ++i) tags.push_back(avcFrame(1, false, pattern(100000, 1)));
