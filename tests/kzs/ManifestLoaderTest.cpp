@@ -89,6 +89,15 @@ TEST_F(ManifestLoaderTest, FindsElementsOfAnyNamespaceAtAnyDepth) {
     EXPECT_EQ(manifest->renditions().size(), 2U);
 }
 
+TEST_F(ManifestLoaderTest, LooksDeeperOnlyForElementsThatStandRightUnderTheRootToo) {
+    const auto manifest = loadRootOf(
+        "<group><media streamId=\"a\"/><bootstrapInfo id=\"b\">no base64</bootstrapInfo>"
+        "<drmAdditionalHeader id=\"d\">no base64</drmAdditionalHeader></group>");
+    EXPECT_TRUE(manifest->renditions().empty());
+    EXPECT_TRUE(manifest->bootstraps().empty());
+    EXPECT_TRUE(manifest->drmHeaders().empty());
+}
+
 TEST_F(ManifestLoaderTest, DropsTextAndCommentsRightUnderTheRoot) {
     const auto manifest =
         load(kHead + "\n\n  text <!-- comment -->\n <id>\n\n show </id> more " + kTail);
