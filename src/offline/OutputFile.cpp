@@ -35,7 +35,7 @@ bool folderRefuses() {
 
 OutputFile::OutputFile(const std::string& path, Former former) : path_(path) {
     if (former == Former::isReplaced && openReplacement()) return;
-    descriptor_ = openFile(path_, former == Former::isReplaced ? O_TRUNC : 0);
+    descriptor_ = openFile(path_, former == Former::isOverwritten ? 0 : O_TRUNC);
     if (descriptor_ < 0) fail();
 }
 

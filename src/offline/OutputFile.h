@@ -9,22 +9,23 @@ namespace torvo::offline {
 
 /// A file that is written anew, every step of which is checked up to its close.
 ///
-/// The bytes go into "<path>.part", which takes the place of `path` at the close: whoever looks, or
-/// is left after a kill, finds the old file or the new one. What can't be replaced is written where
-/// it stands: a link, a device, a file with two names, one in a folder that can't be written.
-///
 /// Calls that a signal interrupts are made again, counts that come back short are gone on from.
 /// All operations throw std::ios_base::failure. Nothing is held back: what was written is with the
 /// system.
 class OutputFile {
 public:
+    /// What becomes of the file that is there.
     enum class Former {
+        isDropped,  ///< it is emptied, and made if it isn't there
+        /// The bytes go into "<path>.part", which takes the place of `path` at the close: whoever
+        /// looks finds the old file or the new one, also after a kill. What can't be replaced is
+        /// emptied: a link, a device, a file with two names, one in a folder that can't be written.
         isReplaced,
         isOverwritten,  ///< written where it stands, and made if it isn't there
     };
 
-    explicit OutputFile(const std::string& path, Former former = Former::isReplaced);
-    /// Without a close before it the replacement is taken away again.
+    explicit OutputFile(const std::string& path, Former former = Former::isDropped);
+    /// Without a close before it a replacement is taken away again.
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;

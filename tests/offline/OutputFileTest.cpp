@@ -40,11 +40,19 @@ TEST(OutputFileTest, MakesAFileToOverwriteThatIsNotThere) {
                  std::ios_base::failure);
 }
 
-TEST(OutputFileTest, WhatIsThereStandsUntilTheClose) {
+// A manifest is written to its name directly: what is there goes when it is opened.
+TEST(OutputFileTest, EmptiesWhatIsThereWhenItOpens) {
+    const TempDir folder;
+    const std::string path = folder.write("file", text("old"));
+    OutputFile file(path);
+    EXPECT_TRUE(kz::test::readFile(path).empty());
+}
+
+TEST(OutputFileTest, WhatIsReplacedStandsUntilTheClose) {
     const TempDir folder;
     const std::string path = folder.write("file", text("old"));
     {
-        OutputFile file(path);
+        OutputFile file(path, OutputFile::Former::isReplaced);
         file.write(std::string("new and longer"));
         EXPECT_EQ(kz::test::readFile(path), text("old"));
     }
@@ -59,7 +67,7 @@ TEST(OutputFileTest, KeepsTheRightsOfTheFileThatItReplaces) {
     constexpr auto kRights =
         fs::perms::owner_read | fs::perms::owner_write | fs::perms::others_exec;
     fs::permissions(path, kRights);
-    OutputFile file(path);
+    OutputFile file(path, OutputFile::Former::isReplaced);
     file.close();
     EXPECT_EQ(fs::status(path).permissions(), kRights);
 }
@@ -71,7 +79,7 @@ TEST(OutputFileTest, WritesThroughLinksAndIntoFilesOfTwoNames) {
     fs::create_symlink("file", folder / "soft");
     fs::create_hard_link(path, folder / "hard");
     for (const std::string name : {"soft", "hard"}) {
-        OutputFile file(folder / name);
+        OutputFile file(folder / name, OutputFile::Former::isReplaced);
         file.write(name);
         file.close();
         EXPECT_EQ(kz::test::readFile(path), text(name));
@@ -82,7 +90,7 @@ TEST(OutputFileTest, WritesThroughLinksAndIntoFilesOfTwoNames) {
 TEST(OutputFileTest, ANameWithoutRoomForAnotherIsWrittenDirectly) {
     const TempDir folder;
     const std::string path = folder / std::string(253, 'n');
-    OutputFile file(path);
+    OutputFile file(path, OutputFile::Former::isReplaced);
     file.write(std::string("new"));
     file.close();
     EXPECT_EQ(kz::test::readFile(path), text("new"));
