@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Damages small inputs in every place and looks at how the program ends.
 
-usage: damage.py BINARY CORPUS_FOLDER [--check PROGRAM] [--seconds N] [--jobs N]
+usage: damage.py BINARY CORPUS_FOLDER [--check PROGRAM] [--seconds N] [--jobs N] [--seed N]
 
 Each file of the corpus is cut at every byte; each byte is set to 0x00 and 0xFF and flipped; each
 32-bit word is set to 0, 1, 0x7FFFFFFF and 0xFFFFFFFF. The program ends with a documented status
@@ -66,16 +66,19 @@ def main():
     parser.add_argument("--check", type=absolute)
     parser.add_argument("--seconds", type=float, default=1e9)
     parser.add_argument("--jobs", type=int, default=2)
+    parser.add_argument("--seed", type=int, default=int(time.time()))
     parser.add_argument("--keep", type=pathlib.Path, help="folder that gets the inputs with findings")
     options = parser.parse_args()
     files = sorted(f for f in options.corpus.iterdir() if f.suffix in (".flv", ".mp4", ".kzd", ".xml", ".kzx", ".bootstrap"))
+    print(f"damage: seed {options.seed}")
+    chance = random.Random(options.seed)
     good, end = True, time.monotonic() + options.seconds
     with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
         for place, file in enumerate(files):
             tally = Tally(f"damage of {file.name}")
             stop = time.monotonic() + (end - time.monotonic()) / (len(files) - place)
             cases = list(damaged(file.read_bytes()))
-            random.Random(7).shuffle(cases)
+            chance.shuffle(cases)
             for start in range(0, len(cases), 64):
                 if time.monotonic() > stop:
                     break
