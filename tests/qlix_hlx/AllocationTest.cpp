@@ -1,5 +1,11 @@
+#include <algorithm>
 #include <cstdlib>
+#include <cstring>
+#include <malloc.h>
 #include <new>
+#include <vector>
+
+#include <openssl/crypto.h>
 
 #include "qlix_hlx/LibraryFixture.h"
 #include "support/TestLicenseServer.h"
@@ -17,15 +23,43 @@ void* allocate(std::size_t size) {
     return memory;
 }
 
+/// Bytes that mustn't stand in memory that goes back; null: nothing is looked for.
+const kz::test::Bytes* secret = nullptr;
+long secretsFreed = 0;
+
+void release(void* memory) {
+    if (secret != nullptr && memory != nullptr &&
+        memmem(memory, malloc_usable_size(memory), secret->data(), secret->size()) != nullptr) {
+        ++secretsFreed;
+    }
+    std::free(memory);
+}
+
+void* allocateForOpenSsl(std::size_t size, const char* /*file*/, int /*line*/) {
+    return std::malloc(size);
+}
+void releaseForOpenSsl(void* memory, const char* /*file*/, int /*line*/) { release(memory); }
+void* moveForOpenSsl(void* memory, std::size_t size, const char* /*file*/, int /*line*/) {
+    void* moved = std::malloc(size);
+    if (moved == nullptr || memory == nullptr) return moved;
+    std::memcpy(moved, memory, std::min(size, malloc_usable_size(memory)));
+    release(memory);
+    return moved;
+}
+
+/// OpenSSL takes them only before it has allocated anything.
+const int openSslIsWatched =
+    CRYPTO_set_mem_functions(allocateForOpenSsl, moveForOpenSsl, releaseForOpenSsl);
+
 }  // namespace
 
-// For the whole test program: memory of C++ can be made to run out. That of OpenSSL is its own.
+// For the whole test program: memory of C++ can be made to run out. That of OpenSSL can't.
 void* operator new(std::size_t size) { return allocate(size); }
 void* operator new[](std::size_t size) { return allocate(size); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void* memory) noexcept { release(memory); }
+void operator delete[](void* memory) noexcept { release(memory); }
+void operator delete(void* memory, std::size_t) noexcept { release(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { release(memory); }
 
 namespace qlix::hlx {
 namespace {
@@ -120,6 +154,50 @@ TEST_F(AllocationTest, ASampleAllocatesNothing) {
     EXPECT_EQ(prepared, HLX_OK);
     EXPECT_EQ(encrypted, HLX_OK);
     HLXRelease(encryptor);
+}
+
+// Neither our memory nor that of OpenSSL, which holds the messages while they are made.
+TEST_F(AllocationTest, FreedMemoryHoldsNoSecret) {
+    ASSERT_EQ(openSslIsWatched, 1);
+    const std::string password = "open sesame 4711";
+    kz::test::PfxSpec pfxSpec;
+    pfxSpec.password = password;
+    const Bytes der = kz::test::makeCertificate(spec(1));
+    const Bytes pfx = kz::test::makePfx(kz::test::testKey(KeyKind::p256, 1), der, pfxSpec);
+    const HLXBlob policy{reinterpret_cast<const std::uint8_t*>("p"), 1};
+    const HLXBlobArray policies{&policy, 1};
+    // The keys are those of the common key and content id of the fixture, by openssl kdf.
+    const struct {
+        const char* name;
+        Bytes bytes;
+    } secrets[] = {{"content key", kz::test::hex("ca9ac0898d52db13b9af74117f78ee31")},
+                   {"iv key", kz::test::hex("1a18a49a208133cfefd43e1cfcbe4fda")},
+                   {"common key", kCommonKey},
+                   {"password", kz::test::text(password)}};
+    for (const auto& watched : secrets) {
+        secretsFreed = 0;
+        secret = &watched.bytes;
+        { const std::vector<std::uint8_t> careless(watched.bytes.begin(), watched.bytes.end()); }
+        EXPECT_EQ(secretsFreed, 1) << "the test is blind";
+
+        secretsFreed = 0;
+        QlixHLXEncryptor* encryptor = makeEncryptor();
+        QlixHLXCertificate* certificate = nullptr;
+        EXPECT_EQ(readCertificate(der, &certificate), HLX_OK);
+        QlixHLXCredential* credential = nullptr;
+        EXPECT_EQ(readCredential(pfx, password, &credential), HLX_OK);
+        QlixHLXMetadata* metadata = nullptr;
+        EXPECT_EQ(
+            encryptors->generateMetadata(encryptor, "u", 1, certificate, certificate, credential,
+                                         &policies, 0, 1, nullptr, nullptr, nullptr, &metadata),
+            HLX_OK);
+        for (void* handle : {static_cast<void*>(metadata), static_cast<void*>(credential),
+                             static_cast<void*>(certificate), static_cast<void*>(encryptor)}) {
+            EXPECT_EQ(HLXRelease(handle), HLX_OK);
+        }
+        secret = nullptr;
+        EXPECT_EQ(secretsFreed, 0) << watched.name;
+    }
 }
 
 }  // namespace
