@@ -28,6 +28,7 @@ std::uint32_t flagWord(const OptionMap& options, const std::string& key) {
     return flagOf(options, key) ? 1 : 0;
 }
 
+/// On purpose: a negative number is a high unsigned one, and leaves almost everything clear.
 std::uint32_t clearMilliseconds(const OptionMap& options) {
     const double value = numberOf(options, "ms-unencrypted");
     return fitsInteger(value) ? low32(value) : 0;

@@ -130,6 +130,20 @@ TEST(EncryptionSetupTest, AClearStartThatIsNoNumberIsNone) {
     }));
 }
 
+TEST(EncryptionSetupTest, AClearStartKeepsItsLow32Bits) {
+    const struct {
+        double given;
+        unsigned long word;
+    } cases[] = {{-1.0, 4294967295}, {-0.9, 0}, {4294967295.0, 4294967295}, {4294967297.0, 1}};
+    for (const auto& c : cases) {
+        EXPECT_TRUE(passesInChild([&c] {
+            const ProtectionInputs inputs;
+            const OptionMap options = inputs.optionsWith("ms-unencrypted", c.given);
+            EXPECT_EQ(opened(Job(options), inputs).flags[4], c.word) << c.given;
+        }));
+    }
+}
+
 TEST(EncryptionSetupTest, MissingFilesAreToldBeforeABadLevel) {
     const ProtectionInputs inputs;
     for (const char* key : {"common-key", "transport-cert", "license-server-cert",
