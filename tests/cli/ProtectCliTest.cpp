@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "cli/ProtectFixture.h"
+#include "support/FlvBuilder.h"
 #include "support/TestLicenseServer.h"
 
 namespace kz::test {
@@ -86,6 +87,24 @@ TEST_F(ProtectCliTest, ABadLevelIsToldOnlyWhenAllFilesAreThere) {
     EXPECT_EQ(
         result.err,
         "Error 10: Not enough information given for encryption: invalid video-encrypt-level\n");
+}
+
+// 5 bytes of codec header, 24 of filter and IV, 16777194 of sample with 6 of padding: more than the
+// 16777215 that a tag can tell.
+TEST_F(ProtectCliTest, ASampleThatOutgrowsItsTagEndsTheRun) {
+    const Bytes clip = flvFile({avcConfig(0), avcFrame(0, true, fill(0xFFFFFF - 5 - 16, 1)),
+                                avcFrame(5000, true, fill(10, 1))});
+    const std::string input = "--input-file=" + work.path() + "/large.flv";
+    writeFile(work / "large.flv", clip);
+    package("clear", {input});
+    const ProcessResult result =
+        packager(withProtection("", {input, "--output-path=" + (work / "out")}));
+    EXPECT_EQ(result.status, 12);
+    EXPECT_EQ(result.err,
+              "Error 12: Standard Exception: Error (5) - a body of 16777229 bytes is too large for "
+              "an FLV tag\n");
+    // Where it stays clear it fits.
+    package("protected", withProtection("", {input, "--encrypt-video=false"}));
 }
 
 /// Secrets as they are, in hex digits, and in base64 from each of the three positions in a group.
