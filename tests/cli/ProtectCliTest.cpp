@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <sstream>
 
 #include "cli/ProtectFixture.h"
 #include "support/FlvBuilder.h"
@@ -171,6 +172,28 @@ TEST_F(ProtectCliTest, APasswordIsNotRepeatedInAnError) {
         packager(withProtection("short_3s.flv", {"--packager-credential=" + files.policy}));
     EXPECT_EQ(result.status, 11);
     EXPECT_EQ((result.out + result.err).find(files.password), std::string::npos);
+}
+
+// The policy is the last file that is read, here a pipe: whoever opens its other end knows that the
+// run is at this point, with all keys in its memory.
+TEST_F(ProtectCliTest, ARunThatHoldsKeysWritesNoCoreFiles) {
+    const std::string pipe = work / "policy";
+    const std::string script =
+        "ulimit -c unlimited 2>/dev/null; mkfifo " + pipe + " && { \"$0\" \"$@\" & exec 3>" + pipe +
+        "; grep '^Max core file size' /proc/$!/limits; kill -KILL $!; wait $!; }";
+    std::vector<std::string> command = {"/bin/sh", "-c", script, KZ_PACKAGER};
+    for (const std::string& argument : withProtection(
+             "short_3s.flv", {"--policy-file=" + pipe, "--output-path=" + (work / "out")})) {
+        command.push_back(argument);
+    }
+    const ProcessResult result = run(command);
+    EXPECT_FALSE(result.timedOut);
+    std::istringstream words(result.out);
+    std::string max, core, file, size, softLimit;
+    words >> max >> core >> file >> size >> softLimit;
+    EXPECT_EQ(size, "size") << result.out;
+    // Of 1 byte: 0 would still let a dump go to a program.
+    EXPECT_TRUE(softLimit == "1" || softLimit == "0") << result.out;
 }
 
 }  // namespace
