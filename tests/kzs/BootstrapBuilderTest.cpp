@@ -206,6 +206,16 @@ TEST(BootstrapBuilderTest, CountsAGapOfTheSameNumberNoSecondTime) {
     EXPECT_EQ(segmentsOf(builder.bootstrap()), "1:1");
 }
 
+TEST(BootstrapBuilderTest, TakesNumbersOffTheCountWhereAGapFallsBack) {
+    BootstrapBuilder builder;
+    for (std::uint32_t n = 1; n <= 5; ++n) {
+        builder.addFragment(1, n, milliseconds((n - 1) * 4000), 4000);
+    }
+    builder.addDiscontinuity(1, 2, milliseconds(4000));
+    EXPECT_EQ(segmentsOf(builder.bootstrap()), "1:2");
+    EXPECT_EQ(segmentsOf(builder.fullBootstrap()), "1:2");
+}
+
 TEST(BootstrapBuilderTest, CountsAGapInTheLastSegmentThatHasAnEntry) {
     BootstrapBuilder builder;
     builder.addFragment(1, 1, milliseconds(0), 4000);

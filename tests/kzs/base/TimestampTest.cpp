@@ -30,6 +30,8 @@ TEST(TimestampTest, RescalesTruncating) {
     EXPECT_EQ(rescaleTruncating(1999, 1000, 1), 1U);
     EXPECT_EQ(rescaleTruncating(29, 30, 1000), 966U);
     EXPECT_EQ(rescaleTruncating(7, 1000, 1000), 7U);
+    // Between equal timescales nothing is multiplied, so that nothing can wrap.
+    EXPECT_EQ(rescaleTruncating(0x7FFFFFFFFFFFFFFF, 1000, 1000), 0x7FFFFFFFFFFFFFFFU);
 }
 
 TEST(TimestampTest, RescalesNegativeTimesAsSignedNumbers) {
