@@ -71,6 +71,9 @@ TEST(FindBoxTest, TakesASizeFrom8ToTheEndOfTheBlobOnly) {
     EXPECT_EQ(findBox(u32(12) + tail, kAvcC).size, 12U);
     EXPECT_EQ(findBox(u32(13) + tail, kAvcC).size, 0U);
     EXPECT_EQ(findBox(u32(0) + tail, kAvcC).size, 0U);
+    // What stands ahead of the box is no room behind it.
+    EXPECT_EQ(findBox(raw({1, 2, 3}) + u32(12) + tail, kAvcC).size, 12U);
+    EXPECT_EQ(findBox(raw({1, 2, 3}) + u32(13) + tail, kAvcC).size, 0U);
     EXPECT_EQ(findBox(u32(0xFFFFFFFF) + tail, kAvcC).size, 0U);
 }
 
