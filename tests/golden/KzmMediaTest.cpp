@@ -224,20 +224,26 @@ void expectMediaTrack(const Presentation& presentation, const Recording& recordi
     EXPECT_EQ(done, expected.size());
 }
 
+/// Packages a file into `folder` under the name of `clip`. The run must say nothing.
+Presentation package(const std::string& path, const std::string& folder, const std::string& clip,
+                     const std::vector<std::string>& options) {
+    std::vector<std::string> argv = {KZ_PACKAGER, "--input-file=" + path, "--output-path=" + folder,
+                                     "--output-manifest-file=" + clip, "--external-bootstrap"};
+    argv.insert(argv.end(), options.begin(), options.end());
+    const ProcessResult result = run(argv);
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, "");
+    const Presentation presentation = readPresentation(folder, clip);
+    EXPECT_EQ(inconsistencies(presentation), std::vector<std::string>());
+    return presentation;
+}
+
 void expectPresentation(const std::string& clip, Edits edits, std::vector<std::string> options) {
     const SampleTable table = readSampleTable(clip);
     const TempDir out;
     if (edits == Edits::kFollowed) options.emplace_back("--edit-list");
-    std::vector<std::string> argv = {KZ_PACKAGER, "--input-file=" + table.path,
-                                     "--output-path=" + out.path(), "--external-bootstrap"};
-    argv.insert(argv.end(), options.begin(), options.end());
-    const ProcessResult result = run(argv);
-    ASSERT_EQ(result.status, 0) << result.err;
-    EXPECT_EQ(result.out, "");
-    EXPECT_EQ(result.err, "");
-
-    const Presentation presentation = readPresentation(out.path(), clip);
-    EXPECT_EQ(inconsistencies(presentation), std::vector<std::string>());
+    const Presentation presentation = package(table.path, out.path(), clip, options);
     const Recording recording = expectedOf(table, edits);
     ASSERT_FALSE(recording.samples.empty());
     std::vector<std::string> handlers = recording.handlers;
@@ -275,6 +281,37 @@ TEST_P(KzmMediaTest, EditListsCountInShortFragmentsToo) {
 
 INSTANTIATE_TEST_SUITE_P(AllMovies, KzmMediaTest, testing::ValuesIn(sampleTableNames()),
                          [](const auto& parameter) { return parameter.param; });
+
+/// The samples of a kind in the order of the file; headers left out.
+std::vector<Bytes> samplesOf(const Presentation& presentation, int type) {
+    std::vector<Bytes> tags;
+    for (const Bytes& tag : tagImages(presentation)) {
+        if (tag[0] == type && !isHeader(tag)) tags.push_back(tag);
+    }
+    return tags;
+}
+
+class RepackagedTest : public testing::TestWithParam<const char*> {};
+
+// A segment is a fragmented movie, with boxes and a hint track of its own.
+TEST_P(RepackagedTest, ASegmentFileHoldsTheSameSamplesWhenItIsPackagedAgain) {
+    const TempDir first;
+    const std::string clip = GetParam();
+    const Presentation made = package(readSampleTable(clip).path, first.path(), clip, {});
+    for (const std::vector<std::string>& options :
+         {std::vector<std::string>(), std::vector<std::string>{"--edit-list"}}) {
+        const TempDir second;
+        const Presentation again =
+            package(first / (clip + "Seg1.kzs"), second.path(), clip, options);
+        // Times are in milliseconds now, so that the two kinds may interleave differently.
+        EXPECT_EQ(samplesOf(again, 9), samplesOf(made, 9));
+        EXPECT_EQ(samplesOf(again, 8), samplesOf(made, 8));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Clips, RepackagedTest,
+                         testing::Values("h264_aac_bframes", "frag_dbm", "ac3", "long_gop_9s"),
+                         [](const auto& parameter) { return std::string(parameter.param); });
 
 // What the tests above take from the files by their letters is there, where it has to be.
 TEST(KzmMediaSetupTest, TheInputsHoldTheSetupOfTheirDecoders) {
