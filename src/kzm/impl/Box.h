@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -114,6 +115,14 @@ protected:
     void insertChild(std::size_t index, BoxPtr child);
     /// Gives a child out; sizes stay.
     BoxPtr takeChild(std::size_t index);
+    /// Destroys the children that `isWanted` denies, and the room that they took; sizes stay.
+    template <class Predicate>
+    void keepChildren(Predicate isWanted) {
+        const auto behind = std::remove_if(children_.begin(), children_.end(),
+                                           [&](const BoxPtr& each) { return !isWanted(*each); });
+        children_.erase(behind, children_.end());
+        children_.shrink_to_fit();
+    }
     void setExtendedType(const ExtendedType& type) { header_.extendedType = type; }
 
 private:

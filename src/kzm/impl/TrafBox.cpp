@@ -1,6 +1,7 @@
 #include "kzm/impl/TrafBox.h"
 
 #include <utility>
+#include <vector>
 
 #include "kzm/ErrorCode.h"
 #include "kzm/impl/MoovBox.h"
@@ -84,6 +85,41 @@ void TrafBox::readChildren(RootBox* root, bool validate) {
         // Pinned by TrafBoxTest.ATrafWithoutRunsMakesTheNextOneStartAtZero.
         state_->endOfTrack[tfhd_->trackId()] = lastRun_ != nullptr ? time : 0;
     }
+    joinRuns();
+}
+
+/// Files with a run for each sample are common, and a box takes ten times the memory of its one
+/// sample. So what one run can hold is held by one.
+void TrafBox::joinRuns() {
+    std::vector<TrunBox*> heads;
+    std::vector<const TrunBox*> behind;  // of the last head
+    std::uint64_t total = 0;             // samples of the last head and those behind it
+    const auto join = [&] {
+        if (!behind.empty()) heads.back()->takeSamplesOf(behind);
+        behind.clear();
+    };
+    for (std::size_t i = 0; i < childCount(); ++i) {
+        auto* run = dynamic_cast<TrunBox*>(heldChild(i));
+        if (run == nullptr) continue;
+        const bool goesOn = !heads.empty() && heads.back()->isWorthRows() && run->isWorthRows() &&
+                            total + run->sampleCount() <= kSanityLimit;
+        total = (goesOn ? total : 0) + run->sampleCount();
+        if (goesOn) {
+            behind.push_back(run);
+        } else {
+            join();
+            heads.push_back(run);
+        }
+    }
+    join();
+    if (!heads.empty()) lastRun_ = heads.back();
+    auto next = heads.begin();  // they are in the order of the children
+    keepChildren([&](const Box& each) {
+        if (dynamic_cast<const TrunBox*>(&each) == nullptr) return true;
+        if (next == heads.end() || *next != &each) return false;
+        ++next;
+        return true;
+    });
 }
 
 /// What the header leaves out stands in the `trex` of the track.

@@ -49,7 +49,8 @@ public:
 
     /// `state` is that of the `moof`; null for a box on its own. Not kept beyond the reading.
     void setFragmentState(FragmentState* state) { state_ = state; }
-    /// Reads header and runs, places the samples and gives them their decode times.
+    /// Reads header and runs, places the samples and gives them their decode times. Runs that
+    /// follow each other are held as one, unless one counts many samples in few bytes.
     ///
     /// Throws noFragmentHeader without a `tfhd`; with a root childrenMissing without an `mvex`
     /// and noTrackDefaults without a `trex` for the track.
@@ -59,6 +60,7 @@ private:
     void takeDefaults(RootBox& root);
     std::uint64_t baseOffset() const;
     std::uint64_t startTime(RootBox* root) const;
+    void joinRuns();
 
     TfhdBox* tfhd_ = nullptr;     // one of the children
     TrunBox* lastRun_ = nullptr;  // one of the children

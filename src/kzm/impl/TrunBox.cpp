@@ -140,6 +140,25 @@ std::uint64_t TrunBox::setStartTime(std::uint64_t start) {
     return endTime_;
 }
 
+void TrunBox::takeSamplesOf(const std::vector<const TrunBox*>& runs) {
+    std::size_t total = count_;
+    for (const TrunBox* run : runs) total += run->count_;
+    BoxVector<TrunSample> rows(HeapOf<TrunSample>(context().allocator));
+    rows.reserve(total);
+    const auto take = [&rows](const TrunBox& run) {
+        for (std::uint32_t i = 0; i < run.count_; ++i) rows.push_back(run.sample(i));
+    };
+    take(*this);
+    for (const TrunBox* run : runs) {
+        take(*run);
+        endTime_ = run->endTime_;
+        dataEnd_ = run->dataEnd_;
+    }
+    samples_.swap(rows);
+    count_ = low32(total);
+    isUniform_ = false;
+}
+
 TrunSample TrunBox::sample(std::uint32_t index) const {
     if (!isUniform_) return samples_[index];
     TrunSample row;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "kzm/impl/FullBox.h"
 
 namespace qlix::kzm::impl {
@@ -83,6 +85,15 @@ public:
     void readFields() override;
     /// Gives the samples their decode times, the first one `start`. Returns the end of the last.
     std::uint64_t setStartTime(std::uint64_t start);
+
+    /// Whether rows of its own would take no more memory than the run itself.
+    bool isWorthRows() const {
+        return !isUniform_ || std::uint64_t{count_} * sizeof(TrunSample) <= sizeof(TrunBox);
+    }
+    /// Takes over copies of all samples of runs that lie behind this one, in order. Together they
+    /// must have less than 2^32 samples. Only for runs that were read: the box in the file stays
+    /// what it is.
+    void takeSamplesOf(const std::vector<const TrunBox*>& runs);
 
     std::uint32_t sampleCount() const { return count_; }
     /// `index` must be below the count.

@@ -97,12 +97,44 @@ TEST(TrafBoxTest, GivesDecodeTimesRunByRun) {
                       fullBox("trun", 0, 0x300, u32(1), u32(5), u32(6))));
     const BoxPtr made = file.read();
     auto& traf = dynamic_cast<TrafBox&>(*made);
-    EXPECT_EQ(runAt(traf, 1).sample(0).decodeTime, 0U);
-    EXPECT_EQ(runAt(traf, 1).sample(1).decodeTime, 10U);
-    EXPECT_EQ(runAt(traf, 2).sample(0).decodeTime, 30U);
-    EXPECT_EQ(runAt(traf, 2).endTime(), 35U);
-    EXPECT_EQ(runAt(traf, 1).sample(1).offset, 503U);
-    EXPECT_EQ(runAt(traf, 2).sample(0).offset, 507U) << "behind the data of the run before";
+    const TrunBox& run = runAt(traf, 1);
+    ASSERT_EQ(run.sampleCount(), 3U);
+    EXPECT_EQ(run.sample(0).decodeTime, 0U);
+    EXPECT_EQ(run.sample(1).decodeTime, 10U);
+    EXPECT_EQ(run.sample(2).decodeTime, 30U);
+    EXPECT_EQ(run.endTime(), 35U);
+    EXPECT_EQ(run.sample(1).offset, 503U);
+    EXPECT_EQ(run.sample(2).offset, 507U) << "behind the data of the run before";
+}
+
+TEST(TrafBoxTest, HoldsRunsThatFollowEachOtherAsOne) {
+    // Two samples with sizes, then one, two and a hundred thousand of the defaults, then one.
+    const auto sized = [](std::uint32_t size) {
+        return fullBox("trun", 0, 0x200, u32(1), u32(size));
+    };
+    const auto alike = [](std::uint32_t count) { return fullBox("trun", 0, 0, u32(count)); };
+    ReadFile file(box(
+        "traf", fullBox("tfhd", 0, 0x39, u32(1), u64(500), u32(10), u32(2), u32(0x10000)), sized(7),
+        box("free", fill(4, 0)), sized(8), alike(1), alike(2), alike(100000), sized(9)));
+    const BoxPtr made = file.read();
+    auto& traf = dynamic_cast<TrafBox&>(*made);
+    ASSERT_EQ(traf.childCount(), 5U);  // the header, the free box and three runs
+    const TrunBox& first = runAt(traf, 1);
+    ASSERT_EQ(first.sampleCount(), 5U);
+    const std::uint64_t offsets[] = {500, 507, 515, 517, 519};
+    for (std::uint32_t i = 0; i < 5; ++i) {
+        EXPECT_EQ(first.sample(i).offset, offsets[i]);
+        EXPECT_EQ(first.sample(i).decodeTime, i * 10U);
+        EXPECT_EQ(first.sample(i).flags, 0x10000U);
+    }
+    EXPECT_EQ(first.endTime(), 50U);
+    EXPECT_EQ(first.dataEnd(), 521U);
+    EXPECT_EQ(first.firstAtOrAfter(31), 4U);
+    EXPECT_EQ(traf.heldChild(2)->type(), fourCc("free"));
+    EXPECT_EQ(runAt(traf, 3).sampleCount(), 100000U);
+    EXPECT_EQ(runAt(traf, 4).sample(0).size, 9U);
+    EXPECT_EQ(runAt(traf, 4).sample(0).decodeTime, 1000050U);
+    EXPECT_EQ(traf.lastRun(), traf.heldChild(4));
 }
 
 TEST(TrafBoxTest, ThrowsTwentyFourWithoutAHeader) {
