@@ -1,6 +1,7 @@
 #include <sstream>
 
 #include "cli/PackageFixture.h"
+#include "support/IsoFile.h"
 
 namespace kz::test {
 namespace {
@@ -116,6 +117,24 @@ TEST_F(PackageKzmCliTest, ASampleThatCanNotBeReadIsToldAsTheWritersFailure) {
     const std::string path = folder.write("cut.mp4", whole.cutTo(100000));
     expectFailure(packageFile(path), 7, "Error 7: KZS writer failed");
     EXPECT_FALSE(fileExists(folder / "out/clip.kzd"));
+}
+
+TEST_F(PackageKzmCliTest, ASecondDescriptionHasNoRoomInTheSegment) {
+    IsoFile movie;
+    movie.tracks = {isoVideoTrack(1, 20)};
+    EXPECT_EQ(packageFile(folder.write("one.mp4", movie.build())).status, 0);
+    // Room is set aside for one description of the size of the first.
+    movie.tracks[0].entries.push_back(movie.tracks[0].entries[0]);
+    const std::string path = folder.write("two.mp4", movie.build());
+    expectFailure(packageFile(path), 3, "Error 3: invalid input file ");
+}
+
+TEST_F(PackageKzmCliTest, ATimescaleOfZeroIsAnInvalidFile) {
+    IsoFile movie;
+    movie.tracks = {isoVideoTrack(1, 20)};
+    movie.movieTimescale = 0;
+    const std::string path = folder.write("none.mp4", movie.build());
+    expectFailure(packageFile(path), 3, "Error 3: invalid input file ");
 }
 
 TEST_F(PackageKzmCliTest, AMovieWithoutASupportedTrackIsRefused) {

@@ -188,6 +188,20 @@ TEST(SampleDumpCliTest, EverySampleOfAFileIsPrintedOnce) {
     EXPECT_EQ(audio, 560);
 }
 
+TEST(SampleDumpCliTest, LinesBeforeAFailureStay) {
+    const TempDir folder;
+    const Bytes whole = readFile(kMedia + "h264_aac_faststart.mp4");
+    const ProcessResult cut = dump(folder, whole.cutTo(100000));
+    EXPECT_EQ(cut.status, 7);
+    EXPECT_EQ(cut.err, "Error 7: KZS writer failed\n");
+    // Up to the sample whose bytes are missing: whole lines, the same as those of the whole file.
+    const std::string all = dump(folder, whole).out;
+    ASSERT_FALSE(cut.out.empty());
+    EXPECT_EQ(cut.out.back(), '\n');
+    EXPECT_LT(cut.out.size(), all.size());
+    EXPECT_EQ(cut.out, all.substr(0, cut.out.size()));
+}
+
 TEST(SampleDumpCliTest, OutputThatIsFullIsAFailure) {
     ProcessSettings settings;
     settings.standardOutputFile = "/dev/full";

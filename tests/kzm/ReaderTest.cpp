@@ -145,6 +145,21 @@ TEST(ReaderTest, ClosesTheStreamWhenOpeningFails) {
     EXPECT_EQ(memory.references, 0);
 }
 
+// What was read is not wrong because of it.
+TEST(ReaderTest, SwallowsAFailureOfTheClosing) {
+    class FailingClose : public MemoryStream {
+    public:
+        using MemoryStream::MemoryStream;
+        void close() override {
+            MemoryStream::close();
+            throw Exception(1);
+        }
+    };
+    FailingClose memory(twoTracks().build());
+    EXPECT_EQ(codeThrownBy([&] { Reader(memory, nullptr, nullptr, true); }), 0U);
+    EXPECT_FALSE(memory.isOpen);
+}
+
 TEST(ReaderTest, IsKeptOpenByItsIterators) {
     MemoryStream memory(twoTracks().build());
     std::shared_ptr<SampleIterator> iterator;
