@@ -73,6 +73,22 @@ TEST_F(ProtectCliTest, AnExpiringTransportCertificateIsWarnedOf) {
     EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1);
 }
 
+// First the warning, then the run; the metadata is dumped only after one that went well.
+TEST_F(ProtectCliTest, AFailedRunIsWarnedOfExpiryAndDumpsNothing) {
+    CertificateSpec expired = ProtectionFiles::spec(1);
+    expired.validUntilSeconds = 29L * 24 * 3600;
+    const std::string transport = files.folder.write("expiring.der", makeCertificate(expired));
+    const std::string missing = work / "none.flv";
+    const ProcessResult result =
+        packager(withProtection("", {"--transport-cert=" + transport, "--input-file=" + missing,
+                                     "--dump-drm-metadata", "--output-path=" + (work / "out")}));
+    EXPECT_EQ(result.status, 1);
+    const std::size_t end = result.err.find('\n');
+    EXPECT_EQ(result.err.rfind("Orvane Media Server content protection certificates", 0), 0U);
+    EXPECT_EQ(result.err.substr(end + 1), "Error 1: " + missing + " file does not exist\n");
+    EXPECT_EQ(outputs("out"), std::vector<std::string>());
+}
+
 TEST_F(ProtectCliTest, CommonKeyAndContentIdAloneFailOnTheNamelessFile) {
     const ProcessResult result =
         packager({"--common-key=" + files.commonKey, "--content-id=c",
