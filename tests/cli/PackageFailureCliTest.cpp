@@ -121,6 +121,18 @@ TEST_F(PackageFailureCliTest, NamesWithMarkupOrPercentSignsComeBackAsTheyAre) {
     EXPECT_EQ(countOf(manifest("second.kzd"), "streamId=\"a&amp;b&lt;c"), 1U);
 }
 
+TEST_F(PackageFailureCliTest, SoundWithoutADescriptionIsAnInternalFailure) {
+    // Sound is described by its first tag behind the first picture, and here is none.
+    std::vector<FlvTag> tags = {mp3Frame(0, pattern(9, 0)), mp3Frame(100, pattern(9, 1)),
+                                avcConfig(200)};
+    for (std::uint32_t ms = 200; ms < 1000; ms += 40) {
+        tags.push_back(avcFrame(ms, ms == 200, pattern(20, ms)));
+    }
+    folder.write("clip.flv", flvFile(tags));
+    expectFailure(package(), 231, "Error 999: Offline packager has failed internally");
+    EXPECT_FALSE(fileExists(folder / "out/clip.kzd"));
+}
+
 TEST_F(PackageFailureCliTest, AFileWithoutTracksIsRefused) {
     folder.write("clip.flv", flvFile({onMetaDataTag(320, 180)}, 5));
     expectFailure(package(), 6,

@@ -236,6 +236,24 @@ TEST(SegmentEditsTest, TakesTheTimeOriginOffTheSamplesAndLeavesItInTheIndex) {
     EXPECT_EQ(u64At(test.file(), boxAt(test.file(), "afra").offset + 21), 100U);
 }
 
+TEST(SegmentEditsTest, FindsTheTimeOriginBehindOtherBoxes) {
+    SegmentDriver::Options options;
+    options.describe = false;
+    options.descriptionSlots = 2;  // room for more than the usual
+    SegmentDriver test(options);
+    test.describe(test.videoTrack, "vide");
+    RtmpSampleDescriptor description;
+    description.handler = torvo::kzs::fourCc("hint");
+    description.format = torvo::kzs::fourCc("rtmp");
+    test.writer.addSampleDescription(test.hintTrack, description,
+                                     u32(12) + text("amhp") + u32(7) + u32(8) + text("free") +
+                                         u32(12) + text("amto") + u32(100));
+    test.writer.startFragment();
+    test.video(100, text("a"), 1);
+    test.writer.close();
+    EXPECT_EQ(editsOf(test.file(), kVideo), (Edits{{1, 0}}));
+}
+
 TEST(SegmentEditsTest, ATimeInFrontOfTheOriginGoesBack) {
     SegmentDriver::Options options;
     options.timeOrigin = 100;

@@ -55,6 +55,16 @@ TEST(SegmentFailureTest, ATrackTimescaleOfZeroIsRefusedAndTheWriterGoesOn) {
     expectUsable(test);
 }
 
+TEST(SegmentFailureTest, AHandlerNameWithALengthNeedsItsBytes) {
+    SegmentDriver test;
+    KZMTrackInfo info = trackInfo("vide", 1000);
+    info.handlerName = nullptr;
+    const auto add = [&] { test.writer.addTrack(info, trackParams(1), nullptr, 0); };
+    EXPECT_EQ(failureOf(add), 20U);
+    info.handlerNameLength = 0;
+    EXPECT_EQ(failureOf(add), 0U);
+}
+
 TEST(SegmentFailureTest, ATrackAfterTheFirstFragmentIsTooLate) {
     SegmentDriver test;
     test.writer.startFragment();

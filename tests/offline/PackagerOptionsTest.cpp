@@ -195,6 +195,16 @@ TEST(PackagerOptionsTest, AnEmptyElementIsTheDefault) {
     EXPECT_TRUE(flagOf(options, "encrypt-audio"));
 }
 
+TEST(PackagerOptionsTest, AFileThatCanNotBeOpenedCountsAsEmpty) {
+    const TempDir folder;
+    const std::string file = folder.makeSocket("c.xml");
+    const OptionMap options = parsed({"--conf-file", file, "--bitrate=5"});
+    EXPECT_EQ(numberOf(options, "bitrate"), 5.0);
+    EXPECT_EQ(numberOf(options, "fragment-duration"), 4.0);
+    EXPECT_EQ(textOf(options, "output-path"), ".");
+    EXPECT_FALSE(flagOf(options, "help"));
+}
+
 TEST(PackagerOptionsTest, TheHelpTextIsFramedAndWrapped) {
     PackagerOptions options;
     options.parse({});
