@@ -29,6 +29,19 @@ Pkcs12Ptr parsePfx(ByteView bytes) {
     return pfx;
 }
 
+/// The file says how often the password is hashed for its check, up to hours of work. Files of
+/// today ask for some thousands.
+void checkIterations(const PKCS12* pfx) {
+    constexpr std::int64_t kMost = 1'000'000;
+    const ASN1_INTEGER* given = nullptr;
+    PKCS12_get0_mac(nullptr, nullptr, nullptr, &given, pfx);
+    if (given == nullptr) return;
+    std::int64_t iterations = 0;
+    if (ASN1_INTEGER_get_int64(&iterations, given) != 1 || iterations > kMost) {
+        fail(HLX_ERROR_CREDENTIAL_UNREADABLE);
+    }
+}
+
 void checkPassword(PKCS12* pfx, const SecretBytes& password) {
     if (PKCS12_mac_present(pfx) != 1) return;
     const char* text = reinterpret_cast<const char*>(password.data());
@@ -70,6 +83,7 @@ Credential readCredential(ByteView pfx, std::string_view password) {
         std::string_view(reinterpret_cast<const char*>(terminated.data())).size()) {
         fail(HLX_ERROR_CREDENTIAL_WRONG_PASSWORD);
     }
+    checkIterations(parsed.get());
     checkPassword(parsed.get(), terminated);
 
     Credential credential;

@@ -1,5 +1,7 @@
 #include <ctime>
 
+#include <openssl/pkcs12.h>
+
 #include "qlix_hlx/LibraryFixture.h"
 #include "support/TestLicenseServer.h"
 
@@ -17,6 +19,19 @@ using kz::test::testKey;
 using kz::test::text;
 
 std::uint32_t refused(std::uint32_t detail) { return detail * 65536 + 256; }
+
+/// The PFX with a check of its password, "secret", that takes so many rounds.
+Bytes withRounds(const Bytes& pfx, int rounds) {
+    const unsigned char* at = pfx.data();
+    PKCS12* const parsed = d2i_PKCS12(nullptr, &at, static_cast<long>(pfx.size()));
+    EXPECT_EQ(PKCS12_set_mac(parsed, "secret", -1, nullptr, 0, rounds, EVP_sha256()), 1);
+    unsigned char* der = nullptr;
+    const int size = i2d_PKCS12(parsed, &der);
+    const Bytes bytes(der, der + size);
+    OPENSSL_free(der);
+    PKCS12_free(parsed);
+    return bytes;
+}
 
 class RegistrationTest : public LibraryTest {
 protected:
@@ -158,6 +173,13 @@ TEST_F(RegistrationTest, ACredentialNeedsItsKeyAndTheCertificateOfThatKey) {
               HLX_ERROR_CREDENTIAL_MISMATCH);
     EXPECT_EQ(credentialResult(makePfx(testKey(KeyKind::p256, 1), certificate)),
               HLX_ERROR_CREDENTIAL_MISMATCH);
+}
+
+TEST_F(RegistrationTest, ACredentialThatAsksForHoursOfWorkIsUnreadable) {
+    const Bytes certificate = kz::test::makeCertificate(spec(KeyKind::p256));
+    const Bytes pfx = makePfx(testKey(KeyKind::p256), certificate);
+    EXPECT_EQ(credentialResult(withRounds(pfx, 100'000)), HLX_OK);
+    EXPECT_EQ(credentialResult(withRounds(pfx, 1'000'001)), HLX_ERROR_CREDENTIAL_UNREADABLE);
 }
 
 TEST_F(RegistrationTest, ACredentialMustBeStrongAndAllowedToSign) {
