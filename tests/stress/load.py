@@ -125,7 +125,7 @@ class Load:
             return tally.show()
         with tempfile.TemporaryDirectory(dir=folder) as work:
             clip = os.path.join(work, "large.flv")
-            write_recording(clip, 600, 360_000, 20)  # 4.3 GB
+            write_recording(clip, 640, 360_000, 20)  # 4.6 GB
             status, err, memory = self.measured([self.options.binary, f"--input-file={clip}", f"--output-path={work}"],
                                                 work)
             complaint = f"status {status}: {err[:80]!r}" if status else self.large_complaint(work, clip)
