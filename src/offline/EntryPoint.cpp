@@ -1,6 +1,6 @@
 #include <csignal>
 #include <cstring>
-#include <exception>
+#include <new>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -34,7 +34,8 @@ int main(int argc, char** argv) {
         for (int i = 1; i < argc; ++i) arguments.emplace_back(argv[i]);
         torvo::offline::OptionMap options;
         return torvo::offline::main(options, arguments);
-    } catch (const std::exception&) {
+    } catch (const std::bad_alloc&) {
+        // Only this one: what the driver doesn't know is a mistake of its own and ends as such.
         tellOutOfMemory();
         return kOutOfMemory;
     }
