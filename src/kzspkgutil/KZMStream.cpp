@@ -1,5 +1,9 @@
 #include "kzspkgutil/KZMStream.h"
 
+#include <algorithm>
+#include <array>
+#include <sys/uio.h>
+
 #include "kzm/Exception.h"
 #include "kzs/base/IOStreamException.h"
 
@@ -58,6 +62,18 @@ std::uint64_t KZMStream::tell() {
 
 std::uint64_t KZMStream::write(const void* buffer, std::uint64_t count) {
     return translatedWriting([&] { return file_.write(buffer, count); });
+}
+
+std::uint64_t KZMStream::writeParts(const qlix::kzm::WritePart* parts, std::size_t count) {
+    std::array<iovec, kMostParts> pieces;
+    const std::size_t most = std::min(count, pieces.size());
+    for (std::size_t i = 0; i < most; ++i) {
+        // The system's type is for reading too; nothing is written to these.
+        pieces[i].iov_base = const_cast<void*>(parts[i].data);
+        pieces[i].iov_len = static_cast<std::size_t>(parts[i].size);
+    }
+    return translatedWriting(
+        [&] { return file_.writePieces(pieces.data(), static_cast<int>(most)); });
 }
 
 void KZMStream::truncate(std::uint64_t size) {

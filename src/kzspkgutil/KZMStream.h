@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 
+#include "kzm/QlixGatherStream.h"
 #include "kzm/QlixIOStream.h"
 #include "kzs/base/FileStream.h"
 
@@ -16,7 +17,7 @@ namespace torvo::kzspkgutil {
 /// A failed operation leaves as qlix::kzm::Exception. Opening, reading, seeking and telling give it
 /// the number of the kzs::IOStreamException; writing, cutting and settling give writeFailed,
 /// whatever the cause.
-class KZMStream final : public qlix::kzm::QlixIOStream {
+class KZMStream final : public qlix::kzm::QlixIOStream, public qlix::kzm::QlixGatherStream {
 public:
     /// `openFlags` as for kzs::FileStream. Opens nothing yet.
     KZMStream(const std::string& path, std::uint32_t openFlags);
@@ -32,6 +33,7 @@ public:
     std::uint64_t seek(std::int64_t offset, int origin) override;
     std::uint64_t tell() override;
     std::uint64_t write(const void* buffer, std::uint64_t count) override;
+    std::uint64_t writeParts(const qlix::kzm::WritePart* parts, std::size_t count) override;
     void truncate(std::uint64_t size) override;
 
 private:

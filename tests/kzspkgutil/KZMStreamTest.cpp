@@ -53,6 +53,25 @@ TEST_F(KZMStreamTest, WritesAndCutsTheFile) {
     EXPECT_EQ(kz::test::readFile(folder_ / "out"), text("abcd"));
 }
 
+TEST_F(KZMStreamTest, WritesPartsInTheirOrder) {
+    KZMStream stream(folder_ / "out", kzs::openFlagsFor(true, false));
+    stream.open();
+    stream.seek(1, qlix::kzm::kSeekFromStart);
+    const qlix::kzm::WritePart parts[] = {{"ab", 2}, {"", 0}, {"cdef", 4}};
+    EXPECT_EQ(stream.writeParts(parts, 3), 6U);
+    EXPECT_EQ(stream.writeParts(parts, 1), 2U);
+    EXPECT_EQ(stream.writeParts(parts, 0), 0U);
+    EXPECT_EQ(stream.tell(), 9U);
+    EXPECT_EQ(kz::test::readFile(folder_ / "out"), kz::test::u8(0) + text("abcdefab"));
+}
+
+TEST_F(KZMStreamTest, PartsThatCantBeWrittenAreWriteFailed) {
+    KZMStream stream(input_, kzs::openFlagsFor(false, false));
+    stream.open();
+    const qlix::kzm::WritePart parts[] = {{"ab", 2}};
+    EXPECT_EQ(codeOf([&] { stream.writeParts(parts, 1); }), 1024U);
+}
+
 TEST_F(KZMStreamTest, ClosesTheFileWithItsLastReference) {
     KZMStream stream(input_, kzs::openFlagsFor(false, false));
     stream.addRef();

@@ -1,6 +1,7 @@
 #include "kzm/impl/MdatBox.h"
 
 #include <utility>
+#include <vector>
 
 namespace qlix::kzm::impl {
 
@@ -30,9 +31,11 @@ std::uint64_t MdatBox::addSample(SampleBlock block) {
 }
 
 void MdatBox::writeFields() {
-    // The stream joins small blocks and passes large ones on as they are.
     stream().seek(position() + kLargeBoxHeaderSize);
-    for (const SampleBlock& each : blocks_) stream().write(each.data(), each.size());
+    std::vector<WritePart> parts;
+    parts.reserve(blocks_.size());
+    for (const SampleBlock& each : blocks_) parts.push_back({each.data(), each.size()});
+    stream().writeParts(parts.data(), parts.size());
 }
 
 }  // namespace qlix::kzm::impl

@@ -23,7 +23,8 @@ auto writing(Operation operation) {
 
 }  // namespace
 
-QlixKZMIOStream::QlixKZMIOStream(QlixIOStream* stream) : stream_(stream) {
+QlixKZMIOStream::QlixKZMIOStream(QlixIOStream* stream)
+    : stream_(stream), gather_(dynamic_cast<QlixGatherStream*>(stream)) {
     if (stream == nullptr) raise(ErrorCode::badArgument);
     stream_->addRef();
 }
@@ -88,6 +89,60 @@ bool QlixKZMIOStream::patchStored(const std::uint8_t* bytes, std::uint64_t count
     std::copy_n(bytes, count, stored_.data() + offset);
     position_ += count;
     return true;
+}
+
+void QlixKZMIOStream::writeParts(const WritePart* parts, std::size_t count) {
+    if (gather_ == nullptr) {
+        QlixKZMStream::writeParts(parts, count);
+        return;
+    }
+    // One part of each call is for the bytes that wait.
+    constexpr std::size_t kMostOfThese = QlixGatherStream::kMostParts - 1;
+    forgetSize();
+    if (position_ != storedAt_ + stored_.size()) flush();
+    for (std::size_t done = 0; done < count; done += kMostOfThese) {
+        gatherStored(parts + done, std::min(kMostOfThese, count - done));
+    }
+}
+
+/// Writes the bytes that wait and the parts behind them together.
+void QlixKZMIOStream::gatherStored(const WritePart* parts, std::size_t count) {
+    if (stored_.empty()) storedAt_ = position_;
+    std::vector<WritePart> all;
+    all.reserve(count + 1);
+    all.push_back({stored_.data(), stored_.size()});
+    all.insert(all.end(), parts, parts + count);
+    try {
+        moveStreamTo(storedAt_);
+        gatherAll(all);
+    } catch (...) {
+        stored_.clear();
+        throw;
+    }
+    stored_.clear();
+    position_ = streamAt_;
+}
+
+void QlixKZMIOStream::gatherAll(std::vector<WritePart>& parts) {
+    for (std::size_t next = 0;;) {
+        while (next < parts.size() && parts[next].size == 0) ++next;
+        if (next == parts.size()) return;
+        streamAtKnown_ = false;
+        std::uint64_t taken =
+            writing([&] { return gather_->writeParts(&parts[next], parts.size() - next); });
+        if (taken == 0) raise(ErrorCode::writeFailed);
+        streamAt_ += taken;
+        streamAtKnown_ = true;
+        for (; taken > 0; ++next) {
+            if (next == parts.size()) raise(ErrorCode::writeFailed);  // more than there was
+            WritePart& part = parts[next];
+            const std::uint64_t ofThis = std::min(taken, part.size);
+            part.data = static_cast<const std::uint8_t*>(part.data) + ofThis;
+            part.size -= ofThis;
+            taken -= ofThis;
+            if (part.size > 0) break;
+        }
+    }
 }
 
 void QlixKZMIOStream::seek(std::uint64_t position) { position_ = position; }

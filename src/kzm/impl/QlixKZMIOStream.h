@@ -27,6 +27,9 @@ public:
     std::uint64_t read(void* buffer, std::uint64_t count) override;
     /// Continues a short write. Throws writeFailed when no byte is taken or the stream throws.
     void write(const void* buffer, std::uint64_t count) override;
+    /// A stream that gathers gets the parts as they lie, behind what waits; any other one gets
+    /// them as by `write`.
+    void writeParts(const WritePart* parts, std::size_t count) override;
     void seek(std::uint64_t position) override;
     std::uint64_t tell() const override;
     void truncate(std::uint64_t size) override;
@@ -39,8 +42,11 @@ private:
     bool patchStored(const std::uint8_t* bytes, std::uint64_t count);
     void moveStreamTo(std::uint64_t position);
     void writeThrough(std::uint64_t position, const std::uint8_t* bytes, std::uint64_t count);
+    void gatherStored(const WritePart* parts, std::size_t count);
+    void gatherAll(std::vector<WritePart>& parts);
 
     QlixIOStream* stream_;        // one reference is ours
+    QlixGatherStream* gather_;    // the same stream, null when it doesn't gather
     std::uint64_t position_ = 0;  // where the next read or write starts
     std::uint64_t streamAt_ = 0;  // where the caller's stream stands, if known
     bool streamAtKnown_ = false;

@@ -15,6 +15,10 @@ std::uint64_t QlixKZMStream::read(void* /*buffer*/, std::uint64_t /*count*/) { r
 
 void QlixKZMStream::write(const void* /*buffer*/, std::uint64_t /*count*/) {}
 
+void QlixKZMStream::writeParts(const WritePart* parts, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) write(parts[i].data, parts[i].size);
+}
+
 void QlixKZMStream::seek(std::uint64_t /*position*/) {}
 
 std::uint64_t QlixKZMStream::tell() const { return 0; }

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "kzm/ErrorCode.h"
+#include "kzm/QlixGatherStream.h"
 
 namespace qlix::kzm {
 class QlixIStream;
@@ -31,6 +32,8 @@ public:
     virtual std::uint64_t read(void* buffer, std::uint64_t count);
     /// Takes all bytes, or throws writeFailed. They may wait in memory until `flush`.
     virtual void write(const void* buffer, std::uint64_t count);
+    /// The same for pieces that lie apart in memory, as if they were one buffer.
+    virtual void writeParts(const WritePart* parts, std::size_t count);
     virtual void seek(std::uint64_t position);
     virtual std::uint64_t tell() const;
     virtual void truncate(std::uint64_t size);

@@ -52,7 +52,9 @@ TrafBox::Added TrafBox::addSample(const FragmentSample& sample) {
     if (previous != nullptr) {
         previous->setLastDuration(low32(sample.decodeTime - previous->lastSample().decodeTime));
     }
-    addChild(std::move(run));
+    // Not by the override, which would look what kind of box it is: there is one for each sample.
+    lastRun_ = run.get();
+    Box::addChild(std::move(run));
     return Added::newRun;
 }
 

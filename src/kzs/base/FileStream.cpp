@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <limits>
 #include <sys/types.h>
+#include <sys/uio.h>
 #include <unistd.h>
 #include <utility>
 
@@ -119,6 +120,17 @@ std::uint64_t FileStream::write(const void* buffer, std::uint64_t count) {
     const ssize_t put = untilNotInterrupted([&] {
         return keepsPosition_ ? ::pwrite(descriptor(), buffer, size, position_)
                               : ::write(descriptor(), buffer, size);
+    });
+    if (put < 0) fail();
+    position_ += put;
+    return static_cast<std::uint64_t>(put);
+}
+
+std::uint64_t FileStream::writePieces(const iovec* pieces, int count) {
+    if (count == 0) return 0;
+    const ssize_t put = untilNotInterrupted([&] {
+        return keepsPosition_ ? ::pwritev(descriptor(), pieces, count, position_)
+                              : ::writev(descriptor(), pieces, count);
     });
     if (put < 0) fail();
     position_ += put;

@@ -5,6 +5,8 @@
 
 #include "kzs/base/IOStream.h"
 
+struct iovec;
+
 namespace torvo::kzs {
 
 /// Bits of a file's open flags. They are this program's own numbers, brought into those of the
@@ -52,6 +54,9 @@ public:
     std::uint64_t seek(std::int64_t offset, int origin) override;
     std::uint64_t tell() override;
     std::uint64_t write(const void* buffer, std::uint64_t count) override;
+    /// The same for up to 1024 pieces that lie apart in memory, written in their order as if they
+    /// were one buffer.
+    std::uint64_t writePieces(const iovec* pieces, int count);
     void truncate(std::uint64_t size) override;
 
     const std::string& path() const { return path_; }

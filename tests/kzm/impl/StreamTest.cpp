@@ -7,6 +7,37 @@ namespace {
 
 using namespace kz::test;
 
+/// A file in memory that takes parts, and no write without.
+class GatheringStream : public MemoryStream, public QlixGatherStream {
+public:
+    std::uint64_t write(const void*, std::uint64_t) override {
+        ADD_FAILURE() << "written without parts";
+        return 0;
+    }
+
+    std::uint64_t writeParts(const WritePart* parts, std::size_t count) override {
+        ++gathers;
+        EXPECT_LE(count, kMostParts);
+        const std::uint64_t most = mostPerWrite;
+        std::uint64_t done = 0;
+        for (std::size_t i = 0; i < count && done < most; ++i) {
+            const std::uint64_t wanted = std::min(parts[i].size, most - done);
+            const std::uint64_t taken = MemoryStream::write(parts[i].data, wanted);
+            done += taken;
+            if (taken < wanted) break;
+        }
+        return done;
+    }
+
+    std::uint64_t gathers = 0;
+};
+
+std::vector<WritePart> partsOf(const std::vector<Bytes>& pieces) {
+    std::vector<WritePart> parts;
+    for (const Bytes& each : pieces) parts.push_back({each.data(), each.size()});
+    return parts;
+}
+
 TEST(QlixKZMIStreamTest, HoldsAReferenceWhileItLives) {
     MemoryStream memory;
     {
@@ -181,6 +212,93 @@ TEST(QlixKZMIOStreamTest, ClosesAlsoWhenTheLastBytesCantBeWritten) {
     file.stream.write("abc", 3);
     EXPECT_EQ(codeOf([&] { file.stream.close(); }), 1024U);
     EXPECT_FALSE(file.memory.isOpen);
+}
+
+TEST(QlixKZMIOStreamTest, GathersPartsBehindWhatWaitsByOneCall) {
+    GatheringStream memory;
+    QlixKZMIOStream stream(&memory);
+    stream.open();
+    const std::vector<Bytes> pieces = {text("cd"), text(""), text("efg"), pattern(70000, 3)};
+    const std::vector<WritePart> parts = partsOf(pieces);
+    stream.write("ab", 2);
+    stream.writeParts(parts.data(), parts.size());
+    EXPECT_EQ(memory.gathers, 1U);
+    EXPECT_EQ(memory.content, text("abcdefg") + pieces.back());
+    EXPECT_EQ(stream.tell(), 70007U);
+    EXPECT_EQ(stream.byteSize(), 70007U);
+}
+
+TEST(QlixKZMIOStreamTest, GathersWhereItStandsAndWritesOnBehind) {
+    MemoryStream plain;
+    struct Both : MemoryStream, QlixGatherStream {
+        std::uint64_t writeParts(const WritePart* parts, std::size_t) override {
+            return write(parts[0].data, parts[0].size);  // one part at a time
+        }
+    } gathering;
+    for (MemoryStream* memory : {&plain, static_cast<MemoryStream*>(&gathering)}) {
+        QlixKZMIOStream stream(memory);
+        stream.open();
+        const std::vector<Bytes> pieces = {text("12"), text("345")};
+        stream.write("abcdefgh", 8);
+        stream.seek(2);
+        stream.writeParts(partsOf(pieces).data(), pieces.size());
+        stream.write("X", 1);
+        stream.seek(20);
+        stream.writeParts(partsOf(pieces).data(), 0);
+        stream.flush();
+        EXPECT_EQ(memory->content, text("ab12345X"));
+        EXPECT_EQ(stream.tell(), 20U);
+    }
+}
+
+TEST(QlixKZMIOStreamTest, GathersMorePartsThanOneCallTakes) {
+    GatheringStream memory;
+    QlixKZMIOStream stream(&memory);
+    stream.open();
+    std::vector<Bytes> pieces;
+    Bytes expected;
+    for (unsigned i = 0; i < 3000; ++i) {
+        pieces.push_back(pattern(i % 7, i));
+        expected += pieces.back();
+    }
+    const std::vector<WritePart> parts = partsOf(pieces);
+    stream.writeParts(parts.data(), parts.size());
+    EXPECT_EQ(memory.content, expected);
+    EXPECT_EQ(memory.gathers, 3U);
+}
+
+TEST(QlixKZMIOStreamTest, ContinuesAShortGatherInTheMidstOfAPart) {
+    for (const std::uint64_t most : {1U, 2U, 3U, 4U, 5U, 9U}) {
+        GatheringStream memory;
+        memory.mostPerWrite = most;
+        QlixKZMIOStream stream(&memory);
+        stream.open();
+        const std::vector<Bytes> pieces = {text("abc"), text("defg"), text("h")};
+        const std::vector<WritePart> parts = partsOf(pieces);
+        stream.writeParts(parts.data(), parts.size());
+        EXPECT_EQ(memory.content, text("abcdefgh")) << most;
+    }
+}
+
+TEST(QlixKZMIOStreamTest, ThrowsWriteFailedWhenAGatherTakesNothingOrTooMuchOrThrows) {
+    GatheringStream memory;
+    QlixKZMIOStream stream(&memory);
+    stream.open();
+    const std::vector<Bytes> pieces = {text("abc"), text("defg")};
+    const std::vector<WritePart> parts = partsOf(pieces);
+    memory.capacity = 5;
+    EXPECT_EQ(codeOf([&] { stream.writeParts(parts.data(), parts.size()); }), 1024U);
+    memory.capacity = MemoryStream::kNever;
+    memory.failAtCall = memory.calls + 1;  // behind the seek, for where it stands isn't known
+    memory.failure = 3;
+    EXPECT_EQ(codeOf([&] { stream.writeParts(parts.data(), parts.size()); }), 1024U);
+
+    struct Greedy : MemoryStream, QlixGatherStream {
+        std::uint64_t writeParts(const WritePart*, std::size_t) override { return 8; }
+    } greedy;
+    QlixKZMIOStream other(&greedy);
+    other.open();
+    EXPECT_EQ(codeOf([&] { other.writeParts(parts.data(), parts.size()); }), 1024U);
 }
 
 TEST(QlixKZMStreamTest, TheBaseClassDoesNothing) {
