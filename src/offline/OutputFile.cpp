@@ -31,6 +31,18 @@ bool folderRefuses() {
     return errno == EACCES || errno == EPERM || errno == EROFS || errno == ENAMETOOLONG;
 }
 
+/// Brings all bytes to the file by as many of the calls as it takes.
+template <class Call>
+void writeAll(const std::uint8_t* data, std::size_t size, Call call) {
+    while (size > 0) {
+        const ssize_t written = call(data, size);
+        if (written < 0 && errno != EINTR) fail();
+        if (written <= 0) continue;
+        data += written;
+        size -= static_cast<std::size_t>(written);
+    }
+}
+
 }  // namespace
 
 OutputFile::OutputFile(const std::string& path, Former former) : path_(path) {
@@ -61,26 +73,24 @@ bool OutputFile::openReplacement() {
     return true;
 }
 
-void OutputFile::moveTo(std::size_t offset) {
-    if (::lseek(descriptor_, static_cast<off_t>(offset), SEEK_SET) < 0) fail();
-}
-
 void OutputFile::write(const void* data, std::size_t size) {
-    const char* at = static_cast<const char*>(data);
-    while (size > 0) {
-        const ssize_t written = ::write(descriptor_, at, size);
-        if (written < 0 && errno != EINTR) fail();
-        if (written <= 0) continue;
-        at += written;
-        size -= static_cast<std::size_t>(written);
-    }
+    writeAll(static_cast<const std::uint8_t*>(data), size,
+             [&](const std::uint8_t* from, std::size_t count) {
+                 return ::write(descriptor_, from, count);
+             });
 }
 
 void OutputFile::overwrite(const std::vector<std::uint8_t>& bytes, std::size_t formerSize) {
-    moveTo(formerSize);
-    write(bytes.data() + formerSize, bytes.size() - formerSize);
-    moveTo(0);
-    write(bytes.data(), formerSize);
+    writeAt(formerSize, bytes.data() + formerSize, bytes.size() - formerSize);
+    writeAt(0, bytes.data(), formerSize);
+}
+
+void OutputFile::writeAt(std::size_t offset, const std::uint8_t* data, std::size_t size) {
+    writeAll(data, size, [&](const std::uint8_t* from, std::size_t count) {
+        const ssize_t written = ::pwrite(descriptor_, from, count, static_cast<off_t>(offset));
+        if (written > 0) offset += static_cast<std::size_t>(written);
+        return written;
+    });
 }
 
 void OutputFile::close() {

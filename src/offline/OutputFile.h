@@ -40,7 +40,7 @@ public:
 
 private:
     bool openReplacement();
-    void moveTo(std::size_t offset);
+    void writeAt(std::size_t offset, const std::uint8_t* data, std::size_t size);
 
     std::string path_;
     std::string replacementPath_;  // empty: the file itself is written
