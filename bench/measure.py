@@ -142,7 +142,8 @@ class Bench:
             print(f"  {label:12} {best[label]:8.3f} {middle[label]:8.3f} {fastest.user:7.3f} {fastest.system:7.3f}"
                   f" {max(r.peak_mb for r in all_runs):8.1f} {best[label] / best['cp']:6.2f}"
                   f" {'(%.2f)' % (middle[label] / middle['cp']):>9}")
-        cpu = min(r.cpu for r in runs["packager"]) / min(r.cpu for r in runs["cp"])
+        # time(1) counts hundredths, and a small copy takes none.
+        cpu = min(r.cpu for r in runs["packager"]) / max(0.01, min(r.cpu for r in runs["cp"]))
         print(f"  packager: CPU {cpu:.2f} x cp, {calls / (small_size / 1e6):.1f} system calls per MB,"
               f" {written / size:.4f} bytes written per byte of input")
 
