@@ -36,8 +36,9 @@ template <class Call>
 void writeAll(const std::uint8_t* data, std::size_t size, Call call) {
     while (size > 0) {
         const ssize_t written = call(data, size);
-        if (written < 0 && errno != EINTR) fail();
-        if (written <= 0) continue;
+        if (written < 0 && errno == EINTR) continue;
+        // A call that takes nothing would take nothing for ever.
+        if (written <= 0) fail();
         data += written;
         size -= static_cast<std::size_t>(written);
     }
