@@ -2,7 +2,7 @@
 # Installs a built tree into a folder, runs what is there, and builds two programs against it.
 # usage: install_test.sh BUILD_FOLDER SOURCE_FOLDER
 set -euo pipefail
-build=$1 source=$2
+build=$(cd "$1" && pwd) source=$(cd "$2" && pwd)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 prefix="$work/prefix"
@@ -26,4 +26,13 @@ flags=$(pkg-config --define-variable=prefix="$prefix" --cflags --libs kzspackage
 # shellcheck disable=SC2086  # the flags are words
 c++ -std=c++17 "$source/tests/install/consumer/main.cpp" -o "$work/consumer" $flags
 test "$("$work/consumer")" = "3 entries"
+# The Debian packages: the program with what it needs to run, and the libraries.
+(cd "$work" && cpack --config "$build/CPackConfig.cmake" -B "$work/packages") >/dev/null
+program=$(ls "$work"/packages/kzspackager_*.deb)
+for package in "$work"/packages/*.deb; do dpkg-deb --contents "$package"; done >"$work/contents"
+dpkg-deb --field "$program" Depends >"$work/depends"
+grep -q './usr/bin/kzspackager$' "$work/contents"
+grep -q './usr/share/man/man1/kzspackager.1' "$work/contents"
+grep -q 'kzs/BootstrapBuilder.h$' "$work/contents"
+grep -q 'libboost-program-options' "$work/depends"
 echo "installed, ran, and was built upon"
