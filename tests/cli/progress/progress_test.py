@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 """Asks a run over a slow input for its progress by SIGUSR1.
 
-usage: progress_test.py BINARY SLOW_READ_OBJECT CLIP
+usage: progress_test.py BINARY SLOW_READ_OBJECT MAKE_INPUT CLIP
+
+The input is longer than what the reader keeps of a file, so that samples wait for it.
 """
 import os
 import pathlib
@@ -17,11 +19,13 @@ LINE = re.compile(rb"^(\d+) bytes read, (\d+\.\d) s of (\d+\.\d) s, fragments: (
 
 
 def main():
-    binary, slow_read, clip = sys.argv[1:]
-    size = os.path.getsize(clip)
+    binary, slow_read, make_input, clip = sys.argv[1:]
     with tempfile.TemporaryDirectory() as folder:
-        env = dict(os.environ, LD_PRELOAD=slow_read, KZ_READ_MS="150", ASAN_OPTIONS="verify_asan_link_order=0")
-        run = subprocess.Popen([binary, f"--input-file={clip}", f"--output-path={folder}/out"], env=env,
+        recording = f"{folder}/recording.flv"
+        subprocess.run([sys.executable, make_input, "frames", clip, recording, "6"], check=True)
+        size = os.path.getsize(recording)
+        env = dict(os.environ, LD_PRELOAD=slow_read, KZ_READ_MS="60", ASAN_OPTIONS="verify_asan_link_order=0")
+        run = subprocess.Popen([binary, f"--input-file={recording}", f"--output-path={folder}/out"], env=env,
                                stderr=subprocess.PIPE)
         # From the first fragment on, the samples are on their way.
         index = pathlib.Path(folder, "out")
