@@ -1,9 +1,23 @@
 #include <filesystem>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include "offline/OutputFile.h"
 #include "support/TempDir.h"
+
+namespace {
+
+// While it is on, the system takes no byte of what is written to a file, and reports no error.
+bool takesNothing = false;
+
+}  // namespace
+
+/// Stands in front of the system library's in this test program.
+extern "C" ssize_t write(int descriptor, const void* data, size_t size) {
+    return takesNothing && descriptor > 2 ? 0 : ::syscall(SYS_write, descriptor, data, size);
+}
 
 namespace torvo::offline {
 namespace {
@@ -103,6 +117,14 @@ TEST(OutputFileTest, OverwritesFromTheStartAndGrows) {
     file.overwrite(text("12345"), 3);
     file.close();
     EXPECT_EQ(kz::test::readFile(path), text("12345"));
+}
+
+TEST(OutputFileTest, AWriteThatTakesNothingIsAFailureAndNoEndlessLoop) {
+    const TempDir folder;
+    OutputFile file(folder / "file");
+    takesNothing = true;
+    EXPECT_THROW(file.write(std::string("text")), std::ios_base::failure);
+    takesNothing = false;
 }
 
 TEST(OutputFileTest, AFolderInItsPlaceIsAFailure) {
