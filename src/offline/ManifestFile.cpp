@@ -40,12 +40,14 @@ std::unique_ptr<kzs::Manifest> makeManifest(const OptionMap& options, const std:
 }
 
 void writeManifestFile(const kzs::Manifest& manifest, const std::string& path) {
-    std::ostringstream text;
-    text.imbue(std::locale::classic());
-    text.exceptions(std::ios::failbit | std::ios::badbit);
-    manifest.write(text);
+    std::ostringstream stream;
+    stream.imbue(std::locale::classic());
+    stream.exceptions(std::ios::failbit | std::ios::badbit);
+    manifest.write(stream);
+    // All of it is in memory before the file that is there is emptied.
+    const std::string text = stream.str();
     OutputFile file(path);
-    file.write(text.str());
+    file.write(text);
     file.close();
 }
 

@@ -3,6 +3,7 @@
 #include "offline/ManifestFile.h"
 #include "offline/OfflineException.h"
 #include "offline/OptionFixture.h"
+#include "support/FailingMemory.h"
 #include "support/TempDir.h"
 
 namespace torvo::offline {
@@ -75,6 +76,32 @@ TEST(ManifestFileTest, AFullDeviceIsAStreamFailure) {
     auto manifest = makeManifest(defaultsWith({}), "clip", 1.0);
     manifest->commit();
     EXPECT_THROW(writeManifestFile(*manifest, "/dev/full"), std::ios_base::failure);
+}
+
+/// Whether the manifest could be written with room for so many allocations.
+bool isWrittenWith(long allocations, const kzs::Manifest& manifest, const std::string& path) {
+    const kz::test::FailingMemory memory(allocations);
+    try {
+        writeManifestFile(manifest, path);
+        return true;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+TEST(ManifestFileTest, AFileIsNotTouchedBeforeItsWholeNewTextIsThere) {
+    const TempDir folder;
+    const std::string path = folder.write("m.kzd", text("the old one"));
+    auto manifest = makeManifest(defaultsWith({}), "clip", 1.0);
+    manifest->commit();
+
+    long allocations = 0;
+    while (!isWrittenWith(allocations, *manifest, path)) {
+        ASSERT_EQ(kz::test::readFile(path).str(), "the old one") << allocations;
+        ASSERT_LT(++allocations, 10000);
+    }
+    EXPECT_GT(allocations, 0);
+    EXPECT_TRUE(contains(kz::test::readFile(path).str(), "clip"));
 }
 
 }  // namespace
