@@ -175,6 +175,21 @@ TEST(BootstrapBuilderTest, OpensARunBehindAGap) {
     EXPECT_EQ(fragmentsOf(builder.bootstrap()), "1@0+4000 2@4000!1 3@8000+4000");
 }
 
+TEST(BootstrapBuilderTest, ExpectsBehindAGapWhatItExpectedAheadOfIt) {
+    // With a precision below a millisecond a fragment can have the rounded duration 0, which is
+    // the last duration behind a gap: then the expected time alone decides about a new entry.
+    for (const bool isSkipped : {false, true}) {
+        BootstrapBuilder builder = builderWith(0.5, 100);
+        builder.addFragment(1, 1, milliseconds(0), 4000);  // 4000 is expected next
+        if (!isSkipped) builder.addDiscontinuity(1, 2, milliseconds(8000));
+        const std::string soFar = isSkipped ? "1@0+4000 2@0!2" : "1@0+4000 2@8000!1";
+        builder.addFragment(1, 3, milliseconds(4100), 0);
+        EXPECT_EQ(fragmentsOf(builder.bootstrap()), soFar);
+        builder.addFragment(1, 4, milliseconds(4101), 0);
+        EXPECT_EQ(fragmentsOf(builder.bootstrap()), soFar + " 4@4101!0");
+    }
+}
+
 TEST(BootstrapBuilderTest, RecordsBothWhereAGapComesBehindAJump) {
     BootstrapBuilder builder;
     builder.addFragment(1, 1, milliseconds(0), 4000);
