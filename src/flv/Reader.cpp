@@ -35,6 +35,7 @@ Reader::Reader(InputStream& stream, Allocator& allocator)
 bool Reader::isFLV(InputStream& stream, Allocator& allocator) {
     const CallBacks callBacks(stream, allocator);
     // On purpose: the answer begins as yes; only the library says no.
+    // Pinned by ReaderTest.TakesAFileForFLVUnlessTheLibrarySaysNo.
     std::int32_t answer = 1;
     check(QlixFLVDocIsFLV(&callBacks.input, &callBacks.allocator, &answer));
     return answer == 1;

@@ -12,6 +12,26 @@
 #include "support/AmfBuilder.h"
 #include "support/FlvBuilder.h"
 
+namespace {
+
+bool isLibrarySilent = false;
+
+}  // namespace
+
+// The linker's names for the library's function and for what stands in front of it here.
+// NOLINTBEGIN(bugprone-reserved-identifier)
+extern "C" std::uint32_t __real_QlixFLVDocIsFLV(const QlixFLVInputStreamCallBacks* input,
+                                                const QlixFLVAllocatorCallBacks* allocator,
+                                                std::int32_t* isFLV);
+
+/// Succeeds without an answer where the library is to be silent.
+extern "C" std::uint32_t __wrap_QlixFLVDocIsFLV(const QlixFLVInputStreamCallBacks* input,
+                                                const QlixFLVAllocatorCallBacks* allocator,
+                                                std::int32_t* isFLV) {
+    return isLibrarySilent ? 0 : __real_QlixFLVDocIsFLV(input, allocator, isFLV);
+}
+// NOLINTEND(bugprone-reserved-identifier)
+
 namespace flv {
 namespace {
 
@@ -111,6 +131,15 @@ TEST(ReaderTest, AnotherKindOfContentIsNoFailureUntilItIsOpened) {
     Allocator allocator;
     EXPECT_FALSE(Reader::isFLV(stream, allocator));
     EXPECT_EQ(codeOf([&] { Reader(stream, allocator); }), 4U);
+}
+
+TEST(ReaderTest, TakesAFileForFLVUnlessTheLibrarySaysNo) {
+    BytesStream stream(kz::test::text("something else"));
+    Allocator allocator;
+    isLibrarySilent = true;
+    EXPECT_TRUE(Reader::isFLV(stream, allocator));
+    isLibrarySilent = false;
+    EXPECT_FALSE(Reader::isFLV(stream, allocator));
 }
 
 TEST(ReaderTest, WhatTheStreamThrowsBecomesTheLibrarysCode) {
