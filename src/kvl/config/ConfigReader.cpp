@@ -82,7 +82,8 @@ public:
     }
 
     void read(std::istream& stream) {
-        // On purpose: without a parser the file counts as empty.
+        // On purpose: without a parser the file counts as empty, as one that can't be opened does.
+        // Pinned by ConfigReaderTest.TakesAnyFileForAnEmptyOneWithoutAParser.
         if (!parser_) return;
         std::array<char, kBlockSize> block{};
         bool isFinal = false;
