@@ -72,6 +72,20 @@ TEST_F(PackageCliTest, SamplesAfterAStretchWithoutKeyFramesAreAllThere) {
     EXPECT_TRUE(hasGap);
 }
 
+TEST_F(PackageCliTest, WhatFollowsTheLastCutAtItsTimeIsLostWhereTheDurationRoundsBelowIt) {
+    // 1.001 x 1000.0 is 1000.9999999999999, so the sample at 1001 ms lies past the duration; and
+    // as it ends a fragment, too, it is the last. 2.0 x 1000.0 is no less than 2000.
+    for (const std::uint32_t endMs : {1001U, 2000U}) {
+        folder.write("clip.flv", flvFile({avcConfig(0), aacConfig(0), avcFrame(0, true, raw({1})),
+                                          aacFrame(0, raw({2})), avcFrame(endMs, true, raw({3})),
+                                          aacFrame(endMs, raw({4}))}));
+        expectPackaged({"--fragment-duration=" + std::to_string(endMs / 1000)});
+        const Presentation presentation = read();
+        EXPECT_EQ(presentation.segments.at(0).fragments.size(), 2U) << endMs;
+        EXPECT_EQ(tagImages(presentation).size(), endMs == 1001 ? 5U : 6U);
+    }
+}
+
 TEST_F(PackageCliTest, AnOutputNameReplacesTheInputsAndItsFoldersDoNotCount) {
     folder.write("clip.flv", avClip(5000, 1000));
     expectPackaged({"--output-manifest-file=sub/dir/name.xyz"});

@@ -181,7 +181,13 @@ TEST_F(MessageEncryptorTest, DataWithSuchAFirstByteMovesIntoTheTagHeader) {
 }
 
 TEST_F(MessageEncryptorTest, AnEmptyBodyIsNotLookedInto) {
-    EXPECT_EQ(decrypted(encrypted(message(9, 0, {}, {})), 0), Bytes());
+    // What stands where the first byte of a body would be says VP6 here.
+    const Bytes image = hex("09 000000 00000000 0a0b0c 04000000");
+    const BlockPtr block = arena.allocate(image.size());
+    std::memcpy(block->data(), image.data(), image.size());
+    const TCMessage clear(kzs::milliseconds(0), kzs::milliseconds(0), 15, block, block->data() + 11,
+                          0);
+    EXPECT_EQ(decrypted(encrypted(clear), 0), Bytes());
 }
 
 TEST_F(MessageEncryptorTest, ABodyThatGrowsPastTwentyFourBitsIsRefused) {

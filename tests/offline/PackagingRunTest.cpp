@@ -56,6 +56,7 @@ public:
     std::vector<std::uint64_t> times;
     std::vector<std::uint64_t> skipped;   ///< times that are reported as skipped
     std::vector<std::uint64_t> messages;  ///< the times whose data was asked for
+    std::vector<BlockPtr> blocks;         ///< that data
 
 private:
     boost::shared_ptr<KZSTrack> track_;
@@ -81,6 +82,7 @@ public:
         const kz::test::Bytes image = kz::test::mp3Frame(ms, kz::test::pattern(8, ms)).image();
         const BlockPtr block(new kzspkgutil::Block(image.size()));
         std::copy(image.begin(), image.end(), block->data());
+        source_.blocks.push_back(block);
         return TCMessage(milliseconds(time_), milliseconds(time_),
                          static_cast<std::uint32_t>(image.size()), block, block->data() + 12, 8);
     }
@@ -94,6 +96,28 @@ private:
 boost::shared_ptr<kzspkgutil::ISampleIterator> AudioSource::getSampleIterator() {
     return boost::make_shared<AudioIterator>(*this);
 }
+
+/// Asks how many owners the blocks of the samples have when it is reset.
+class WatchingArena final : public kzspkgutil::IMemoryArena {
+public:
+    explicit WatchingArena(const AudioSource& source) : source_(source) {}
+
+    BlockPtr allocate(std::uint64_t size) override { return arena_.allocate(size); }
+    void reset() override {
+        ++resets;
+        for (const BlockPtr& block : source_.blocks) {
+            block->addRef();
+            if (block->release() == 1) ++freeBlocks;  // the source's own
+        }
+    }
+
+    int resets = 0;
+    std::size_t freeBlocks = 0;
+
+private:
+    kzspkgutil::RefCountedMemoryArena arena_;
+    const AudioSource& source_;  // outlives the arena
+};
 
 /// How often this process has the file open.
 int openFilesAt(const std::string& path) {
@@ -149,9 +173,10 @@ TEST_F(PackagingRunTest, BehindTheLimitTheNextFragmentIsTheLastButOne) {
 }
 
 TEST_F(PackagingRunTest, ASampleAtTheLimitIsNotPastIt) {
-    samplesEvery(500, 9000);
-    run(9000.0);
-    EXPECT_EQ(source.messages.size(), 19U);
+    // The cut at 1000 would be the last if its sample counted as past the limit.
+    source.times = {0, 500, 1000, 1000};
+    run(1000.0, {{"fragment-duration", 1.0}});
+    EXPECT_EQ(source.messages, (std::vector<std::uint64_t>{0, 500, 1000, 1000}));
 }
 
 TEST_F(PackagingRunTest, ALimitThatRoundingMadeSmallerThanTheLastSampleEndsTheRun) {
@@ -182,6 +207,20 @@ TEST_F(PackagingRunTest, TheIndexOfTheLastSegmentIsWrittenEvenIfThatHasNoFragmen
     run(0.0, {{"segment-duration", 7.0}});
     EXPECT_EQ(index(1).size(), 2U);
     EXPECT_EQ(index(2).size(), 2U);
+}
+
+TEST_F(PackagingRunTest, NoSampleIsHeldAnyMoreWhenTheMemoryIsGivenBack) {
+    samplesEvery(500, 5000);
+    WatchingArena watched(source);
+    kzspkgutil::PackagerContext watchedContext(watched);
+    kzspkgutil::KZSMediaWriterPolicy policy(watchedContext);
+    OptionMap options = defaultsWith({});
+    options["input-file"] = std::string("clip.flv");
+    options["output-path"] = folder.path();
+    PackagingRun(options, watchedContext, policy, source, rendition).run(0.0);
+    EXPECT_EQ(watched.resets, 1);
+    EXPECT_EQ(source.blocks.size(), 11U);
+    EXPECT_EQ(watched.freeBlocks, 11U);
 }
 
 TEST_F(PackagingRunTest, TheLastSegmentStaysOpenUntilTheProcessEnds) {
