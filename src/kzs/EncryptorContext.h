@@ -24,6 +24,9 @@ public:
                      const hlx::SecretBytes& secondCredential, const std::string& secondPassword,
                      std::int32_t extraCertificateCount, const Bytes* extraCertificates);
 
+    /// For when the encryptor is made: nothing reads the key again.
+    void wipeCommonKey() { commonKey_ = hlx::SecretBytes(); }
+
     std::uint32_t kind() const override { return kind_; }
     const std::string& contentId() const override { return contentId_; }
     const hlx::SecretBytes& commonKey() const override { return commonKey_; }

@@ -6,14 +6,16 @@
 #include "offline/PackagerOptions.h"
 #include "offline/PackagingFlow.h"
 #include "offline/RunModes.h"
+#include "offline/Secrets.h"
 
 namespace torvo::offline {
 
-std::int32_t main(OptionMap& options, const std::vector<std::string>& arguments) {
+std::int32_t main(OptionMap& options, std::vector<std::string> arguments) {
     try {
         std::string helpText;
         std::string versionText;
         parseOptions(options, arguments, helpText, versionText);
+        wipe(arguments);
         if (!runModes(options, helpText, versionText, std::cout)) runPackagingFlow(options);
         return 0;
     } catch (const OfflineException& failure) {

@@ -77,6 +77,7 @@ std::vector<std::uint8_t> makeAdditionalHeader(const std::string& metadataText) 
 EncryptionSetup::EncryptionSetup(const OptionMap& options, kzspkgutil::IPackagerContext& context)
     : context_(&context), encryptorContext_(gatherSettings(options)) {
     policy_ = kzspkgutil::makeEncryptedPolicy(*context_, encryptorContext_);
+    encryptorContext_.wipeCommonKey();
     metadata_ = policy_->metadata();
     metadataText_ = policy_->metadataText();
     additionalHeader_ = makeAdditionalHeader(metadataText_);

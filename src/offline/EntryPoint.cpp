@@ -3,10 +3,12 @@
 #include <new>
 #include <string>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 #include "offline/Driver.h"
 #include "offline/Progress.h"
+#include "offline/Secrets.h"
 
 namespace {
 
@@ -32,8 +34,9 @@ int main(int argc, char** argv) {
     try {
         std::vector<std::string> arguments;
         for (int i = 1; i < argc; ++i) arguments.emplace_back(argv[i]);
+        torvo::offline::hidePassword(argc, argv);
         torvo::offline::OptionMap options;
-        return torvo::offline::main(options, arguments);
+        return torvo::offline::main(options, std::move(arguments));
     } catch (const std::bad_alloc&) {
         // Only this one: what the driver doesn't know is a mistake of its own and ends as such.
         tellOutOfMemory();

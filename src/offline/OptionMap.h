@@ -8,7 +8,8 @@
 namespace torvo::offline {
 
 /// The settings of a job: option key to a bool, a double or a std::string, as the option's class
-/// says. Keys sort by byte value. Filled once by option parsing and read-only from then on.
+/// says. Keys sort by byte value. Filled once by option parsing and read-only from then on, but
+/// for the password, which is wiped once it was used.
 using OptionMap = std::map<std::string, boost::any>;
 
 /// The value of an option. Throw std::out_of_range for an unknown key and boost::bad_any_cast for

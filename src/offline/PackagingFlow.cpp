@@ -6,15 +6,17 @@
 #include "offline/PackageInput.h"
 #include "offline/PlainSetup.h"
 #include "offline/ProtectedFlow.h"
+#include "offline/Secrets.h"
 
 namespace torvo::offline {
 namespace {
 
-void runFlow(const OptionMap& options) {
+void runFlow(OptionMap& options) {
     kzspkgutil::RefCountedMemoryArena arena;
     kzspkgutil::PackagerContext context(arena);
     // The one place that tells a protected job from a plain one, and this alone decides.
     if (textOf(options, "common-key").empty()) {
+        stopWipingFreedMemory();
         const PlainSetup setup(context);
         packageInput(options, context, *setup.policy, setup.protectionHeader);
     } else {
@@ -24,7 +26,7 @@ void runFlow(const OptionMap& options) {
 
 }  // namespace
 
-void runPackagingFlow(const OptionMap& options) {
+void runPackagingFlow(OptionMap& options) {
     translateFailures([&] { runFlow(options); });
 }
 

@@ -8,6 +8,7 @@
 #include "offline/EncryptionSetup.h"
 #include "offline/ManifestUpdate.h"
 #include "offline/PackageInput.h"
+#include "offline/Secrets.h"
 
 namespace torvo::offline {
 namespace {
@@ -31,8 +32,11 @@ void warnOfExpiry(const EncryptionSetup& setup) {
 
 }  // namespace
 
-void runProtectedFlow(const OptionMap& options, kzspkgutil::IPackagerContext& context) {
+void runProtectedFlow(OptionMap& options, kzspkgutil::IPackagerContext& context) {
     const std::unique_ptr<EncryptionSetup> setup = makeSetup(options, context);
+    wipePassword(options);
+    wipeStack();
+    stopWipingFreedMemory();
     warnOfExpiry(*setup);
     if (flagOf(options, "update-drm-info")) {
         // On purpose: `dump-drm-metadata` has no effect here.

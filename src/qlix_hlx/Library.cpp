@@ -1,6 +1,12 @@
 #include "qlix_hlx/Library.h"
 
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <malloc.h>
 #include <sys/resource.h>
+
+#include <openssl/crypto.h>
 
 #include "qlix_hlx/Credential.h"
 #include "qlix_hlx/Handles.h"
@@ -9,8 +15,38 @@ namespace qlix::hlx {
 namespace {
 
 unsigned startCount = 0;
+bool openSslWasAsked = false;
 rlimit coreLimitBefore{};
 bool coreLimitChanged = false;
+
+// OpenSSL frees a copy of the password, as the numbers of UTF-16, when it has hashed it for the
+// check of a PFX. So it gets functions that wipe all that it frees.
+
+void* allocateForOpenSsl(std::size_t size, const char* /*file*/, int /*line*/) {
+    return size == 0 ? nullptr : std::malloc(size);
+}
+
+void releaseForOpenSsl(void* memory, const char* /*file*/, int /*line*/) {
+    if (memory != nullptr) OPENSSL_cleanse(memory, malloc_usable_size(memory));
+    std::free(memory);
+}
+
+void* moveForOpenSsl(void* memory, std::size_t size, const char* file, int line) {
+    void* moved = allocateForOpenSsl(size, file, line);
+    if (memory == nullptr || (moved == nullptr && size > 0)) return moved;
+    if (size > 0) std::memcpy(moved, memory, std::min(size, malloc_usable_size(memory)));
+    releaseForOpenSsl(memory, file, line);
+    return moved;
+}
+
+/// OpenSSL takes them only before its first allocation; a process that has used it already keeps
+/// its own.
+void wipeWhatOpenSslFrees() {
+    if (!openSslWasAsked) {
+        CRYPTO_set_mem_functions(allocateForOpenSsl, moveForOpenSsl, releaseForOpenSsl);
+    }
+    openSslWasAsked = true;
+}
 
 /// A limit of 1 byte also stops dumps that the kernel pipes to a program; 0 wouldn't.
 void forbidCoreFiles() {
@@ -28,6 +64,7 @@ void allowCoreFiles() {
 }  // namespace
 
 void start() {
+    wipeWhatOpenSslFrees();
     if (startCount == 0) forbidCoreFiles();
     ++startCount;
 }

@@ -155,7 +155,8 @@ typedef struct HLXRegistrationTable {
 } HLXRegistrationTable;
 
 /* Calls nest: the library stops with the last HLXTerminate. Until then the process writes no core
- * files, which would hold keys. */
+ * files, which would hold keys. The first call makes OpenSSL wipe all memory that it gives back, if
+ * the process hasn't used OpenSSL before. */
 HLXResult HLXInitialize(const HLXInitRecord* record);
 /* Stopping wipes the secrets of all live handles; they can only be given back after it. */
 HLXResult HLXTerminate(void);

@@ -1,8 +1,12 @@
 #include <algorithm>
 #include <array>
+#include <cstdlib>
+#include <cstring>
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <malloc.h>
+#include <string.h>  // explicit_bzero
 #include <string_view>
 #include <type_traits>
 #include <utility>
@@ -19,6 +23,23 @@ namespace {
 constexpr std::size_t kBlockSize = 1024;
 /// Nodes are freed recursively, so a hostile file must not choose the depth.
 constexpr std::size_t kMaxDepth = 256;
+
+// A settings file may hold a password: no copy of its text stays in memory that is given back.
+
+void releaseForParser(void* memory) {
+    if (memory != nullptr) explicit_bzero(memory, malloc_usable_size(memory));
+    std::free(memory);
+}
+
+void* moveForParser(void* memory, std::size_t size) {
+    void* moved = std::malloc(size);
+    if (moved == nullptr || memory == nullptr) return moved;
+    std::memcpy(moved, memory, std::min(size, malloc_usable_size(memory)));
+    releaseForParser(memory);
+    return moved;
+}
+
+constexpr XML_Memory_Handling_Suite kParserMemory = {std::malloc, moveForParser, releaseForParser};
 
 struct ParserDeleter {
     void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
@@ -74,7 +95,8 @@ private:
 /// Feeds the parser; carries exceptions of the builder past the parser's C frames.
 class Reader {
 public:
-    explicit Reader(ConfigNode& root) : builder_(root), parser_(XML_ParserCreate(nullptr)) {
+    explicit Reader(ConfigNode& root)
+        : builder_(root), parser_(XML_ParserCreate_MM(nullptr, &kParserMemory, nullptr)) {
         if (!parser_) return;
         XML_SetUserData(parser_.get(), this);
         XML_SetElementHandler(parser_.get(), onStart, onEnd);

@@ -1,3 +1,4 @@
+#include <dlfcn.h>
 #include <sstream>
 
 #include <expat.h>
@@ -21,8 +22,12 @@ public:
 }  // namespace
 
 /// Stands in front of Expat's function in this program.
-extern "C" XML_Parser XMLCALL XML_ParserCreate(const XML_Char* encoding) {
-    return parsersFail ? nullptr : XML_ParserCreate_MM(encoding, nullptr, nullptr);
+extern "C" XML_Parser XMLCALL XML_ParserCreate_MM(const XML_Char* encoding,
+                                                  const XML_Memory_Handling_Suite* memory,
+                                                  const XML_Char* separator) {
+    static const auto real =
+        reinterpret_cast<decltype(&XML_ParserCreate_MM)>(dlsym(RTLD_NEXT, "XML_ParserCreate_MM"));
+    return parsersFail ? nullptr : real(encoding, memory, separator);
 }
 
 namespace kvl::config {
