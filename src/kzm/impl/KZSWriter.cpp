@@ -75,7 +75,7 @@ std::uint64_t KZSWriter::startFragment() {
     }
     closeFragment();
     fragmentOpen_ = true;
-    afra_ = makeBox<AfraBox>(contextOf(fragmentHead()), hintTimescale_);
+    afra_ = makeBox<AfraBox>(fragmentContext(), hintTimescale_);
     afra_->setPosition(nextOffset_);
     return nextOffset_;
 }
@@ -151,8 +151,8 @@ void KZSWriter::beginClosing(bool hasData) {
     }
     nextOffset_ += afra_->size();
     if (bootstrap_.data() == nullptr) return;
-    UnknownFullBox abst(contextOf(fragmentHead()), fourCc("abst"), bootstrap_.data(),
-                        bootstrap_.size(), nullptr, nullptr);
+    UnknownFullBox abst(fragmentContext(), fourCc("abst"), bootstrap_.data(), bootstrap_.size(),
+                        nullptr, nullptr);
     abst.setPosition(nextOffset_);
     abst.write();
     fragmentHead().flush();

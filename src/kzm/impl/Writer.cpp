@@ -32,7 +32,8 @@ Writer::Writer(QlixIOStream& stream, const WriterConfiguration& configuration, A
       configuration_(configuration),
       file_(openFile(stream, configuration)),
       header_(*file_, allocator, configuration),
-      fragmentHead_(*file_) {
+      fragmentHead_(*file_),
+      fragmentHeap_(allocator) {
     nextOffset_ = header_.end();
     file_->flush();
 }
@@ -188,7 +189,7 @@ void Writer::addToTables(TrackState& track, std::uint64_t time, const PendingSam
 void Writer::addToMoof(TrackState& track, std::uint64_t time, const PendingSample& sample) {
     if (!fragment_) {
         ++sequenceNumber_;
-        fragment_ = std::make_unique<OpenFragment>(contextOf(fragmentHead_), sequenceNumber_,
+        fragment_ = std::make_unique<OpenFragment>(fragmentContext(), sequenceNumber_,
                                                    sample.offset, tracks_);
         for (TrackState& each : tracks_) {
             each.hasSamples = false;

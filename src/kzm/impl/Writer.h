@@ -8,6 +8,7 @@
 #include "kzm/SampleDescriptor.h"
 #include "kzm/WriterRecords.h"
 #include "kzm/impl/FileImage.h"
+#include "kzm/impl/FragmentHeap.h"
 #include "kzm/impl/HeaderTree.h"
 #include "kzm/impl/KZMBase.h"
 #include "kzm/impl/MdatBox.h"
@@ -67,6 +68,8 @@ protected:
     FileImage& fragmentHead() { return fragmentHead_; }
     QlixKZMIOStream& file() { return *file_; }
     BoxContext contextOf(QlixKZMStream& stream) const { return {&stream, allocator_}; }
+    /// For the boxes around a fragment's data, all gone once the fragment is closed.
+    BoxContext fragmentContext() { return {&fragmentHead_, &fragmentHeap_}; }
 
     std::uint32_t addTrack(const KZMTrackInfo& info, const KZMTrackParams& params,
                            std::uint32_t sampleTableCapacity,
@@ -113,7 +116,8 @@ private:
     WriterConfiguration configuration_;
     std::unique_ptr<QlixKZMIOStream> file_;
     HeaderTree header_;
-    FileImage fragmentHead_;  // what stands around the data of the last fragment
+    FileImage fragmentHead_;     // what stands around the data of the last fragment
+    FragmentHeap fragmentHeap_;  // of the boxes in it
     State state_ = State::open;
     std::uint32_t sequenceNumber_ = 0;  // of the last `moof`
     std::vector<TrackState> tracks_;
