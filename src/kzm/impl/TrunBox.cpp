@@ -42,11 +42,8 @@ std::uint64_t TrunBox::fixedBytes() const {
 }
 
 std::uint32_t TrunBox::bytesPerSample() const {
-    std::uint32_t bytes = 0;
-    for (std::uint32_t flag = kDurationPresent; flag <= kCompositionPresent; flag <<= 1) {
-        if (has(flag)) bytes += 4;
-    }
-    return bytes;
+    return (has(kDurationPresent) ? 4U : 0U) + (has(kSizePresent) ? 4U : 0U) +
+           (has(kFlagsPresent) ? 4U : 0U) + (has(kCompositionPresent) ? 4U : 0U);
 }
 
 bool TrunBox::append(const FragmentSample& sample) {
