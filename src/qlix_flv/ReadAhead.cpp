@@ -9,6 +9,7 @@ ReadAhead::ReadAhead(Stream& stream, const Memory& memory)
     : stream_(stream), blocks_{Block(memory), Block(memory), Block(memory), Block(memory)} {}
 
 void ReadAhead::peek(std::uint64_t offset, std::uint8_t* buffer, std::uint32_t count, Gap gap) {
+    if (copyFromLatest(offset, buffer, count)) return;
     while (count > 0) {
         const std::uint32_t done =
             copyFromBlock(fetch(offset / kBlockSize, gap), offset, buffer, count);
@@ -19,6 +20,7 @@ void ReadAhead::peek(std::uint64_t offset, std::uint8_t* buffer, std::uint32_t c
 }
 
 void ReadAhead::copy(std::uint64_t offset, std::uint8_t* buffer, std::uint32_t count) {
+    if (copyFromLatest(offset, buffer, count)) return;
     while (count > 0) {
         std::uint32_t done = uncachedRun(offset, count);
         if (done >= kBlockSize) {
@@ -30,6 +32,14 @@ void ReadAhead::copy(std::uint64_t offset, std::uint8_t* buffer, std::uint32_t c
         buffer += done;
         count -= done;
     }
+}
+
+bool ReadAhead::copyFromLatest(std::uint64_t offset, std::uint8_t* buffer, std::uint32_t count) {
+    if (latest_ == nullptr || count == 0) return false;
+    const std::uint64_t within = offset - latest_->index * kBlockSize;  // huge in front of it
+    if (within >= kBlockSize || count > kBlockSize - within) return false;
+    std::memcpy(buffer, latest_->bytes.data() + within, count);
+    return true;
 }
 
 ReadAhead::Block* ReadAhead::find(std::uint64_t index) {
@@ -47,16 +57,19 @@ ReadAhead::Block& ReadAhead::load(std::uint64_t index) {
     const auto count =
         static_cast<std::uint32_t>(std::min<std::uint64_t>(kBlockSize, stream_.size() - offset));
     block.lastUse = 0;
+    latest_ = nullptr;
     block.bytes.resize(std::max<std::size_t>(block.bytes.size(), count));
     stream_.readAt(offset, block.bytes.data(), count);
     block.index = index;
     block.lastUse = ++uses_;
+    latest_ = &block;
     return block;
 }
 
 ReadAhead::Block& ReadAhead::fetch(std::uint64_t index, Gap gap) {
     if (Block* held = find(index)) {
         held->lastUse = ++uses_;
+        latest_ = held;
         return *held;
     }
     if (gap == Gap::readThrough) readThroughTo(index);

@@ -25,6 +25,8 @@ public:
     };
 
     ReadAhead(Stream& stream, const Memory& memory);
+    ReadAhead(const ReadAhead&) = delete;
+    ReadAhead& operator=(const ReadAhead&) = delete;
 
     /// Few bytes, such as a header, by way of the blocks.
     void peek(std::uint64_t offset, std::uint8_t* buffer, std::uint32_t count, Gap gap);
@@ -40,6 +42,8 @@ private:
         MemoryBytes bytes;
     };
 
+    /// The short way of small tags: hundreds of them lie in one block.
+    bool copyFromLatest(std::uint64_t offset, std::uint8_t* buffer, std::uint32_t count);
     Block* find(std::uint64_t index);
     Block& load(std::uint64_t index);
     Block& fetch(std::uint64_t index, Gap gap);
@@ -51,6 +55,7 @@ private:
     Stream& stream_;  // outlives this
     std::uint64_t uses_ = 0;
     std::array<Block, kBlockCount> blocks_;
+    const Block* latest_ = nullptr;  // the one touched last
 };
 
 }  // namespace qlix::flv
