@@ -22,6 +22,16 @@ set(kz_exported kz_flags kvl kvl_amfmessage kvl_minidom kzs_base kzm kzspkgutil_
 set(kz_archives ${CMAKE_INSTALL_LIBDIR}/kzspackager)
 install(TARGETS ${kz_exported} EXPORT kzspackager-targets
     ARCHIVE DESTINATION ${kz_archives} COMPONENT development)
+if(kz_lto_compile)
+    # Only the very compiler that wrote it can read what is meant for the optimiser.
+    install(CODE "
+        file(GLOB archives \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${kz_archives}/*.a\")
+        foreach(archive IN LISTS archives)
+            execute_process(COMMAND ${CMAKE_OBJCOPY} --remove-section=.gnu.lto_* \${archive}
+                COMMAND_ERROR_IS_FATAL ANY)
+        endforeach()"
+        COMPONENT development)
+endif()
 foreach(folder kvl kzs/base kzm kzspkgutil/model qlix_hlx hlx kzs)
     # The inside of the box library stays inside.
     install(DIRECTORY src/${folder}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kzspackager/${folder}

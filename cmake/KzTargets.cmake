@@ -34,6 +34,17 @@ if(KZ_SANITIZE)
     target_link_options(kz_flags INTERFACE -fsanitize=${KZ_SANITIZE})
 endif()
 
+# With KZ_LTO an object has both machine code and what the optimiser needs: the program is linked
+# from the second, all others from the first, in a fraction of the time.
+set(kz_lto_compile)
+set(kz_lto_link)
+if(KZ_LTO AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    set(kz_lto_compile -flto=auto -ffat-lto-objects)
+    set(kz_lto_link -flto=auto)
+    target_link_options(kz_flags INTERFACE
+        "$<BUILD_INTERFACE:$<$<NOT:$<BOOL:$<TARGET_PROPERTY:KZ_IS_PROGRAM>>>:-fno-lto>>")
+endif()
+
 # kz_library(NAME SOURCES file... USES target...)
 # A folder without sources yet becomes an interface target, so that others can name it.
 function(kz_library name)
@@ -41,6 +52,7 @@ function(kz_library name)
     if(ARG_SOURCES)
         add_library(${name} STATIC ${ARG_SOURCES})
         target_link_libraries(${name} PUBLIC kz_flags ${ARG_USES})
+        target_compile_options(${name} PRIVATE ${kz_lto_compile})
     else()
         add_library(${name} INTERFACE)
         target_link_libraries(${name} INTERFACE kz_flags ${ARG_USES})

@@ -15,6 +15,13 @@ done
 test -s "$prefix/share/bash-completion/completions/kzspackager"
 test -s "$prefix/share/zsh/vendor-completions/_kzspackager"
 test ! -e "$prefix/include/kzspackager/kzm/impl"
+# Code for the optimiser of this very compiler would be refused by the next one.
+archives=$(find "$prefix" -name '*.a')
+test -n "$archives"
+for archive in $archives; do
+    sections=$(objdump -h "$archive")
+    case $sections in *gnu.lto*) echo "$archive is not for every compiler" >&2; exit 1 ;; esac
+done
 
 cmake -S "$source/tests/install/consumer" -B "$work/cmake" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
 cmake --build "$work/cmake" >/dev/null
