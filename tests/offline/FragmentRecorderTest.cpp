@@ -54,10 +54,12 @@ public:
     bool rolls = false;
 };
 
-TCMessage messageAt(std::uint64_t ms) {
-    return TCMessage(milliseconds(ms), milliseconds(ms), 15,
+TCMessage messageAt(std::uint64_t sampleMs, std::uint64_t messageMs) {
+    return TCMessage(milliseconds(sampleMs), milliseconds(messageMs), 15,
                      kzspkgutil::BlockPtr(new kzspkgutil::Block(15)), nullptr, 0);
 }
+
+TCMessage messageAt(std::uint64_t ms) { return messageAt(ms, ms); }
 
 FragmentEvent event(FragmentEventKind kind, std::uint32_t number, std::uint64_t startMs,
                     std::uint64_t endMs) {
@@ -169,6 +171,14 @@ TEST_F(FragmentRecorderTest, MessagesBeforeTheCutAreDroppedUpToTheFirstThatStays
     EXPECT_EQ(recorder.pending()[1].getSampleTime().value, 3000U);
 }
 
+TEST_F(FragmentRecorderTest, MessagesAreDroppedByTheTimeOfTheirSample) {
+    recorder.keep(messageAt(3999, 4000));
+    recorder.keep(messageAt(4000, 3999));
+    handle(FragmentEventKind::Complete, 1, 0, 4000, 4000);
+    ASSERT_EQ(recorder.pending().size(), 1U);
+    EXPECT_EQ(recorder.pending()[0].getSampleTime().value, 4000U);
+}
+
 TEST_F(FragmentRecorderTest, AllMessagesGoWhenNoneIsBehindTheCut) {
     recorder.keep(messageAt(0));
     recorder.keep(messageAt(100));
@@ -205,6 +215,12 @@ TEST_F(FragmentRecorderTest, TheEndOfASpanWritesTheKeptFragment) {
     // The copy has the discontinuity already; two cells in a row share an entry.
     EXPECT_EQ(runs(), "1@0+4000 2@4000+0/1 ");
     EXPECT_TRUE(recorder.pending().empty());
+}
+
+TEST_F(FragmentRecorderTest, OfTwoEntriesOfTheKeptNumberTheFirstGetsTheOffset) {
+    handle(FragmentEventKind::SpanStart, 1, 0, 4000, 8000);
+    EXPECT_THROW(handle(FragmentEventKind::SpanEnd, 1, 4000, 9000, 9000), InvalidAfraException);
+    EXPECT_EQ(entries(), "1@0:1:1000 1@4000:1:- ");
 }
 
 TEST_F(FragmentRecorderTest, ALeapInTheNumbersIsFilledWithTheTimeBeforeIt) {
