@@ -178,6 +178,11 @@ TEST(AVFragmenterTest, KeepsTheCellsWhenItClosesAtASample) {
     }
     // At 200 the fragment of 150 goes past its cell: previous cell 2; at 300 it closes on 200.
     EXPECT_EQ(last, "SpanStart 2 [150,200) 4/3 state 6");
+
+    // Where times fall back the key frame lies in an earlier cell, and the current one stays.
+    EXPECT_EQ(answersTo(kInState3 + "v50").finish, "Complete 1 [50,51) 1/2 state -1");
+    EXPECT_EQ(answersTo(kInState6 + "v150").finish, "Complete 2 [150,151) 2/3 state -1");
+    EXPECT_EQ(answersTo(kInState8 + "v250").finish, "Complete 3 [250,251) 3/4 state -1");
 }
 
 TEST(AVFragmenterTest, ClosesOnTheLineOfThePreviousCell) {
@@ -268,6 +273,17 @@ TEST(AVFragmenterTest, NumbersByTheBareValueOfTheStart) {
     const FragmentEvent event = fragmenter.addSample(sample);
     EXPECT_EQ(event.fragmentNumber, 3U);
     EXPECT_EQ(event.start.timescale, 500U);
+}
+
+TEST(AVFragmenterTest, AStartOnTheGridKeepsTheTimescaleItHad) {
+    AVFragmenter fragmenter(kF, false);
+    FragmenterSample sample = samplesFrom("a50").front();
+    fragmenter.addSample(sample);
+    sample.time = Timestamp{150, 500, {0, 0}};
+    fragmenter.addSample(sample);
+    const FragmentEvent event = fragmenter.finish(sample);
+    EXPECT_EQ(event.start.value, 100U);
+    EXPECT_EQ(event.start.timescale, 1000U);
 }
 
 TEST(AVFragmenterTest, ComparesASampleWithTheStartInTheTimescaleOfTheStart) {
