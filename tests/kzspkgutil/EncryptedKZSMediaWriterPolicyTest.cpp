@@ -126,6 +126,19 @@ TEST_F(EncryptedPolicyTest, AudioHeaderComesFromTheClearDescription) {
     EXPECT_EQ(tags[0].slice(11, 4), hex("af00 1210"));
 }
 
+TEST_F(EncryptedPolicyTest, GoesByTheFirstDescriptionsItWasEverToldOf) {
+    write({test::videoTrackOf(fourCc("avc1"), hex("00000009 61766343 aa")),
+           test::audioTrackOf(fourCc(".mp3"), Bytes())},
+          {messageOf(avcFrame(0, true, pattern(9, 1)), 5)});
+    const Segment second = write(
+        {test::videoTrackOf(fourCc("avc1"), avcBox()),
+         test::audioTrackOf(fourCc("mp4a"), esdsBox())},
+        {messageOf(avcFrame(0, true, pattern(9, 1)), 5), messageOf(aacFrame(0, pattern(9, 2)), 2)});
+    const std::vector<Bytes> tags = tagsOf(second);
+    ASSERT_EQ(typesOf(tags), (std::vector<int>{9, 41, 40}));  // MP3 has no header
+    EXPECT_EQ(tags[0].slice(11, 6), hex("1700000000 aa"));
+}
+
 TEST_F(EncryptedPolicyTest, Vp6KeepsItsIndexEntryOnTheEncryptedKeyFrame) {
     const Segment segment = write({test::videoTrackOf(fourCc("VP6F"), Bytes())},
                                   {messageOf(vp6Frame(0, true, pattern(9, 2), 0x5a), 2)});
