@@ -77,6 +77,8 @@ EncryptorContext::EncryptorContext(
         processLock(), boost::chrono::steady_clock::time_point::max());
     if (!lock.owns_lock()) throw boost::lock_error();
     ProcessHandles& handles = processHandles();
+    // On purpose: a second context gets these handles, and its own certificates aren't looked at.
+    // Pinned by EncryptorContextTest.ASecondContextGetsTheHandlesOfTheFirst.
     if (handles.areMade) return;
     // On purpose: set before the work, so a failure below leaves later contexts without handles.
     handles.areMade = true;
@@ -120,6 +122,8 @@ bool EncryptorContext::certificateStaysValid(QlixHLXCertificate* certificate,
     dateText = textOf(expiry);
     const time::ptime epoch(boost::gregorian::date(1970, 1, 1));
     const time::ptime now = epoch + time::seconds(realTimeSeconds());
+    // On purpose: exactly so many days are enough.
+    // Pinned by EncryptorContextTest.ThirtyDaysBeforeItExpiresACertificateStillCounts.
     return expiry >= now + boost::gregorian::days(kWarningDays);
 }
 

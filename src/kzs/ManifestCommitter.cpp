@@ -80,7 +80,7 @@ std::string ManifestCommitter::commitBootstrap(const Rendition& rendition) {
 
 std::string ManifestCommitter::addBootstrap(const Rendition& rendition) {
     const ElementPtr element = makeElement("bootstrapInfo");
-    element->setAttribute("profile", "named");
+    element->setAttribute("profile", "named");  // on purpose: the only one there is
     if (rendition.bootstrapUrl.empty()) {
         setText(*element, base64Encode(serialiseBootstrap(rendition.bootstrap(), false)));
     } else {
@@ -115,6 +115,8 @@ std::string ManifestCommitter::addDrmHeader(const Rendition& rendition) {
     } else {
         element->setAttribute("url", rendition.drmUrl);
     }
+    // On purpose: always there, even if it were empty.
+    // Pinned by ManifestTest.GivesAContentIdAloneAHeaderWithoutContent.
     element->setAttribute("drmContentId", rendition.drmContentId);
     root().appendChild(element);
     std::string id = newId("drmMetadata", content_.drmHeaders);
@@ -169,8 +171,9 @@ void ManifestCommitter::commitMedia(const std::string& streamId, Rendition& rend
     if (isNew) root().appendChild(rendition.element);
 }
 
-/// Those that an update of the protection header left behind. Elements of `bootstrapInfo` stay,
-/// even if nothing refers to them any more.
+/// Those that an update of the protection header left behind. On purpose elements of
+/// `bootstrapInfo` stay, even if nothing refers to them any more.
+/// Pinned by ManifestMergeTest.KeepsBootstrapsThatNobodyRefersTo.
 void ManifestCommitter::removeDroppedDrmHeaders() {
     for (const ElementPtr& element : elementsBelow(root(), "drmAdditionalHeader")) {
         if (content_.drmHeaders.count(element->getAttribute("id")) != 0) continue;

@@ -31,6 +31,8 @@ public:
         AMF0String("onMetaData").write(stream_);
         AMF0ArrayBegin().write(stream_);
         numberIfPositive("duration", record.duration);
+        // On purpose: each video track repeats the names, and the last one counts for players.
+        // Pinned by OnMetaDataWriterTest.RepeatsTheNamesOfPicturesForEachVideoTrack.
         for (const auto& track : record.tracks) writeCodec(*track);
         writeCodecDetails(record);
         for (const auto& track : record.tracks) writeRates(*track);
@@ -69,6 +71,8 @@ private:
 
     void writeRates(const MetaTrackInfo& track) {
         if (const auto* video = dynamic_cast<const MetaVideoTrackInfo*>(&track)) {
+            // On purpose: sources that don't count their samples, as FLV, have no frame rate.
+            // Pinned by OnMetaDataBuilderTest.HasNoFrameRateWithoutACountOfSamples.
             if (video->sampleCount > 0 && video->getTimescale() > 0 && video->getLength() > 0) {
                 AMF0PropNumber("videoframerate",
                                video->getTimescale() * video->sampleCount / video->getLength())

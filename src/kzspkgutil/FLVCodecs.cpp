@@ -25,7 +25,7 @@ Codec videoCodec(std::uint32_t codecId) {
         case 7:
             return {fourCc("avc1"), 5};
         default:
-            return {0, 0};  // 3 and 6, the screen codecs, have no code either
+            return {0, 0};  // on purpose also for 3 and 6, the screen codecs
     }
 }
 

@@ -110,6 +110,8 @@ boost::shared_ptr<ITrackIterator> FLVMediaSource::getTracks() const {
 }
 
 boost::shared_ptr<ISampleIterator> FLVMediaSource::getSampleIterator() {
+    // On purpose: each iterator is a new pass over the file, and script tags take no part.
+    // Pinned by FLVMediaSourceTest.EachSampleIteratorIsANewPass.
     return boost::make_shared<FLVSampleIterator>(context_, reader_.getTagsByTagTypes(filter_));
 }
 
@@ -126,7 +128,7 @@ void FLVMediaSource::addVideoTrack(flv::TagIterator& tags, double width, double 
 
 void FLVMediaSource::addAudioTrack(flv::TagIterator& tags) {
     const boost::shared_ptr<KZSTrack> track = newTrack(fourCc("soun"), properties_);
-    track->volume = 1.0F;
+    track->volume = 1.0F;  // on purpose: video has 0.0
     if (const auto tag = nextTag(tags, kAudioTag)) {
         track->descriptors.push_back(describeAudio(*tag));
     }

@@ -34,6 +34,8 @@ kzs::FragmenterSample FLVSampleIterator::next() {
     kzs::FragmenterSample sample;
     sample.trackKind = trackKindOf(info_.tagType);
     sample.time = timeOf(info_);
+    // On purpose: a tag without a body counts for nothing but the end of the input.
+    // Pinned by FLVSampleIteratorTest.ATagWithoutABodyIsSkipped.
     sample.isSkipped = info_.dataSize == 0;
     // On purpose: by the frame type alone; what kind of AVC packet it is doesn't matter.
     // Pinned by FLVSampleIteratorTest.HeadersAndEndsOfSequencesCountAsKeyFrames.

@@ -31,6 +31,8 @@ TCMessage makeHeader(IMemoryArena& arena, std::uint8_t tagType,
 TCMessage makeAvcHeader(IMemoryArena& arena, ByteView avcC, const Timestamp& sampleTime,
                         const Timestamp& messageTime) {
     if (avcC.size < kBoxHeaderSize) return {};
+    // On purpose: the contents of the box alone, behind four zeros for packet type and offset.
+    // Pinned by HeaderMessageTest.WrapsTheContentsOfTheAvcBox.
     const ByteView contents = {avcC.data + kBoxHeaderSize, avcC.size - kBoxHeaderSize};
     return makeHeader(arena, kVideoTag, {0x17, 0, 0, 0, 0}, contents, sampleTime, messageTime);
 }

@@ -8,7 +8,8 @@
 namespace torvo::kzspkgutil {
 namespace {
 
-/// One entry of an `amhp` box. The five flags go into bits 7 to 3 of one byte.
+/// One entry of an `amhp` box. The five flags go into bits 7 to 3 of one byte. On purpose no entry
+/// ever has other values than these. Pinned by HintDescriptionTest.IsOneEntryOfTheValue4.
 struct HintEntry {
     std::uint8_t id = 1;
     std::array<bool, 5> flags = {};

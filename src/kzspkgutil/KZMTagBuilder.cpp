@@ -49,6 +49,8 @@ void writeAvcFrame(const TagForm& form, const KZMSampleFacts& sample, std::uint8
     std::int64_t offsetMs = 0;
     if (sample.timescale != 0) {
         const double ticks = static_cast<std::int32_t>(sample.compositionTicks);
+        // On purpose: truncated towards zero, then cut to 24 bits.
+        // Pinned by AvcTagTest.TruncatesTheCompositionOffsetTowardsZero.
         offsetMs = static_cast<std::int64_t>(ticks * 1000.0 / sample.timescale);
     }
     kzs::storeU24(body + 2, kzs::low32(static_cast<std::uint64_t>(offsetMs)));
@@ -59,6 +61,8 @@ void writeVp6Frame(const TagForm& form, const KZMSampleFacts& sample, std::uint8
     const std::uint32_t cropping =
         (sample.description.height & 0x0F) | ((sample.description.width * 16) & 0xFF);
     writeFrame(form, sample, body);
+    // On purpose: the complement of the low halves of the sizes, where players expect cropping.
+    // Pinned by Vp6TagTest.ComplementsTheLowNibblesOfWidthAndHeight.
     body[1] = static_cast<std::uint8_t>(~cropping);
 }
 
@@ -92,7 +96,8 @@ constexpr std::uint32_t kVide = fourCc("vide");
 constexpr std::uint32_t kSoun = fourCc("soun");
 constexpr std::uint32_t kMeta = fourCc("meta");
 
-// The rates in the fixed bytes of audio aren't those of the track: players go by the data.
+// On purpose: fixed bytes for audio, whatever the rate of the track; players go by the data.
+// Pinned by AllFormats/TagFormTest.HasItsTagTypeAndHeader.
 constexpr std::array<TagForm, 20> kTagForms = {{
     {kVide, fourCc("H264"), kVideoTag, 5, writeAvcFrame, 0x17, 0x27},
     {kVide, fourCc("h264"), kVideoTag, 5, writeAvcFrame, 0x17, 0x27},

@@ -74,7 +74,8 @@ void writeHeader(KZSWriter& writer, const TrackHandle& hintTrack, const TCMessag
     writer.writeSample(hintTrack, hintSampleOf(message, true), sharedData(message), indexed);
 }
 
-/// Body bytes 2 to 4 as a signed number, in milliseconds; 0 where the body ends before.
+/// Body bytes 2 to 4 as a signed number, in milliseconds. On purpose 0 in a body of four bytes.
+/// Pinned by WriteVideoTest.HasNoCompositionOffsetInABodyOfFourBytes.
 std::uint32_t avcCompositionOffset(const TCMessage& message) {
     if (message.getTagBodySize() < 5) return 0;
     const std::uint32_t offset = kzs::loadU24(message.getTagBody() + 2);

@@ -47,7 +47,8 @@ Blob box(std::uint32_t type, const Blob& content) {
     return joined({word(kzs::low32(kBoxHeaderSize + content.size())), word(type), content});
 }
 
-/// The flags are 0 in all of them.
+/// The flags are 0 in all of them. On purpose the boxes have different versions, and `flxs` none,
+/// as players expect them. Pinned by the tests of ProtectionBoxTest.
 Blob fullBox(std::uint32_t type, std::uint8_t version, const Blob& content) {
     return box(type, joined({word(std::uint32_t{version} << 24), content}));
 }

@@ -42,6 +42,8 @@ void NoValueConfigType::readFromConfig(OptionMap& options, const kvl::config::Co
 
 void NoValueConfigType::readFromCommandLine(OptionMap& options, const po::variables_map& given,
                                             const std::string& key) const {
+    // On purpose: a switch that the settings file has turned on can't be turned off.
+    // Pinned by OptionsCliTest.ASwitchOfTheSettingsFileCanNotBeTurnedOff.
     if (given.count(key) != 0) options[key] = true;
 }
 

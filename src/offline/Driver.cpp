@@ -14,6 +14,10 @@ std::int32_t main(OptionMap& options, std::vector<std::string> arguments) {
     try {
         std::string helpText;
         std::string versionText;
+        // On purpose: the options are read and checked as a whole before any mode is looked at, so
+        // that a broken set stops even the help; and a mode never starts the encryption library.
+        // Pinned by OptionsCliTest.AnIncompleteProtectionSetStopsEvenHelp and
+        // InspectCliTest.ACommonKeyDoesNotStartTheEncryptionLibrary.
         parseOptions(options, arguments, helpText, versionText);
         wipe(arguments);
         if (!runModes(options, helpText, versionText, std::cout)) runPackagingFlow(options);

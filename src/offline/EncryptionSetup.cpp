@@ -34,7 +34,8 @@ std::uint32_t clearMilliseconds(const OptionMap& options) {
     return fitsInteger(value) ? low32(value) : 0;
 }
 
-/// A negative level is a high unsigned number, and fails like one.
+/// On purpose: a negative level is a high unsigned number and fails like one, and 2.9 is 2.
+/// Pinned by EncryptionSetupTest.LevelsAreTruncatedAndEndAtTwo.
 std::uint32_t encryptLevel(const OptionMap& options) {
     const double value = numberOf(options, "video-encrypt-level");
     if (!fitsInteger(value) || low32(value) > kHighestLevel) {
@@ -83,7 +84,8 @@ EncryptionSetup::EncryptionSetup(const OptionMap& options, kzspkgutil::IPackager
     additionalHeader_ = makeAdditionalHeader(metadataText_);
 }
 
-// The library stops before the fields go: their handles can still be given back after that.
+// On purpose: the library stops before the fields go. Their handles can be given back after that.
+// Pinned by EncryptionSetupTest.TheLibraryStopsWithIt.
 EncryptionSetup::~EncryptionSetup() { hlx::stopLibrary(); }
 
 bool EncryptionSetup::certificateStaysValid(std::string& dateText) const {
@@ -99,6 +101,7 @@ std::string certificateWarning(const std::string& dateText) {
 }
 
 void writeDrmMetadataFile(const OptionMap& options, const EncryptionSetup& setup) {
+    // On purpose: one name for all jobs, so that the next one in the folder replaces the file.
     const std::string path = pathInOutput(options, "drmmetadata.bin");
     refuseInput(path, textOf(options, "input-file"));
     OutputFile file(path);

@@ -143,12 +143,15 @@ void FragmentRecorder::writeFragment(const FragmentEvent& event, const Timestamp
     registerFragment(event, currentTime, isLast);
     appendEntry(event, writePending(event.end));
     writeIndexFile();
-    // Last: the index file just written and the entry name the segment that has the fragment.
+    // On purpose last: the index file just written and the entry name the segment that has the
+    // fragment.
     segmenter_.advance(millisecondsBetween(event.start, event.end));
 }
 
 void FragmentRecorder::writeKeptFragment(const Timestamp& cutTime) {
     const std::uint64_t offset = writePending(cutTime);
+    // On purpose: the first entry of that number, should there be two.
+    // Pinned by FragmentRecorderTest.OfTwoEntriesOfTheKeptNumberTheFirstGetsTheOffset.
     auto& entries = index_.globalEntries;
     const auto entry = std::find_if(entries.begin(), entries.end(), [&](const auto& candidate) {
         return candidate.fragment == keptEvent_.fragmentNumber;

@@ -73,6 +73,8 @@ FragmentTiming fragmentTimingOf(const OptionMap& options) {
     requireUsable(timing);
 
     double framePeriod = kTimeBasedFramePeriod;
+    // On purpose: without a rate above 0 the three other options on frames aren't looked at.
+    // Pinned by FragmentTimingTest.AFrameRateOfZeroOrLessLeavesTheFrameValuesAlone.
     const double frameRate = numberOf(options, "frame-rate");
     if (frameRate > 0.0) {
         framePeriod = 1.0 / frameRate;

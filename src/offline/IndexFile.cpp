@@ -14,6 +14,9 @@ IndexFile::IndexFile(std::string outputPath, std::string baseName)
     : outputPath_(std::move(outputPath)), baseName_(std::move(baseName)) {}
 
 void IndexFile::writeIndexFile(const kzs::AfraIndex& index, std::uint32_t segment) {
+    // On purpose: before the file is opened. Each file holds the whole list so far, whatever
+    // segment it is for. Pinned by
+    // IndexFileTest.NumbersThatAreNotConsecutiveFailBeforeTheFileIsTouched.
     if (const auto numbers = index.firstBreak()) {
         throw InvalidAfraException("last fragment: " + std::to_string(numbers->first) +
                                    " current fragment: " + std::to_string(numbers->second));

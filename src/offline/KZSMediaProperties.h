@@ -13,9 +13,9 @@ public:
 
     /// Takes the tracks and properties of `source` in the place of what is there.
     ///
-    /// The copies have one description, of the size of the first one's extra data, no samples,
-    /// and room for `kEmptyEdits` empty edits: a track that begins late needs its edit list in
-    /// every segment. Descriptors are shared with the source.
+    /// On purpose the copies have one description, of the size of the first one's extra data, no
+    /// samples, and room for `kEmptyEdits` empty edits: a track that begins late needs its edit
+    /// list in every segment. Descriptors are shared with the source.
     void fillFrom(const kzspkgutil::IMediaProperties& source);
 
     kzspkgutil::MediaProperties getProperties() const override { return properties_; }

@@ -34,6 +34,8 @@ std::unique_ptr<kzs::Manifest> makeManifest(const OptionMap& options, const std:
             timing.fragmentDuration, timing.durationPrecision, timing.frameDuration,
             timing.allowedDrift, id, /*mimeType=*/"", /*streamType=*/"recorded", durationSeconds);
     }
+    // On purpose: a manifest that was there keeps its id and its duration.
+    // Pinned by ManifestFileTest.ALoadedManifestKeepsItsIdAndDuration.
     return std::make_unique<kzs::Manifest>(parseManifest(path), timing.fragmentDuration,
                                            timing.durationPrecision, timing.frameDuration,
                                            timing.allowedDrift, /*loadMedia=*/true);

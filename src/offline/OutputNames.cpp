@@ -10,6 +10,9 @@ namespace torvo::offline {
 namespace fs = boost::filesystem;
 
 std::string baseNameOf(const OptionMap& options) {
+    // On purpose: folders of the name don't count, and only the last extension goes.
+    // Pinned by PackageCliTest.AnOutputNameReplacesTheInputsAndItsFoldersDoNotCount and
+    // .OnlyTheLastExtensionGoes.
     const std::string& outputName = textOf(options, "output-manifest-file");
     return fs::path(outputName.empty() ? textOf(options, "input-file") : outputName)
         .stem()

@@ -65,6 +65,8 @@ void writeExternalFiles(const OptionMap& options, const std::string& baseName,
     bootstrapFile.close();
     rendition.bootstrapUrl = lastComponentOf(bootstrapPath);
 
+    // On purpose: no file without a header. Both files are named without their folder.
+    // Pinned by PackageCliTest.AnExternalBootstrapIsWrittenAndNamed.
     if (protectionHeader.empty()) return;
     const std::string headerPath = pathInOutput(options, baseName + ".drmmeta");
     OutputFile headerFile(headerPath);
@@ -79,6 +81,8 @@ void packageInput(const OptionMap& options, IPackagerContext& context,
                   kzspkgutil::IKZSMediaWriterPolicy& policy,
                   const std::vector<std::uint8_t>& protectionHeader) {
     const std::string& inputPath = textOf(options, "input-file");
+    // On purpose: a folder is told before the output path is made, a missing file behind it.
+    // Pinned by PackageFailureCliTest.AFolderAsInputIsToldBeforeTheOutputPathIsMade.
     if (boost::filesystem::is_directory(inputPath)) throw PathNotFileException(inputPath);
     requireManifestTexts(options);
     makeOutputPath(options);
@@ -98,6 +102,8 @@ void packageInput(const OptionMap& options, IPackagerContext& context,
         manifest->addMedia(baseName, baseName, numberOf(options, "bitrate"));
     PackagingRun(options, context, policy, *source, rendition).run(durationSeconds * 1000.0);
 
+    // On purpose: what the source says, though the segments' tracks were changed.
+    // Pinned by PackageKzmCliTest.TheMetadataDescribesTheSourceAndNotTheSegments.
     rendition.metadata = kzs::buildOnMetaData(*source, /*hasSmpte=*/false, /*smpteOffset=*/0.0);
     if (flagOf(options, "external-bootstrap")) {
         writeExternalFiles(options, baseName, protectionHeader, rendition);

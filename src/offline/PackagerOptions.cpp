@@ -18,6 +18,8 @@ namespace {
 
 namespace po = boost::program_options;
 
+// On purpose: the version's numbers stand between commas, and the usage in the help below calls the
+// program by its file name instead. Pinned by PackagerOptionsTest.TheHelpTextIsFramedAndWrapped.
 constexpr const char* kProgramName = "KZSpackager";
 constexpr const char* kVersion = "5,0,16,5016";
 constexpr const char* kCaption = "Allowed options";
@@ -130,6 +132,10 @@ void PackagerOptions::readConfigurationFile(const po::variables_map& given) {
         const kvl::config::ConfigNode empty;
         const kvl::config::ConfigNode& settings =
             tree.children.empty() ? empty : *tree.children.front();
+        // On purpose: all options are read from any file, so `help` in the default one makes every
+        // run print the help, and `conf-file` has no effect. The root may have any name.
+        // Pinned by OptionsCliTest.TheDefaultSettingsFileIsReadFromTheCurrentFolder and
+        // PackagerOptionsTest.OnlyTheFirstOfTwoEqualElementsAndOnlyDirectChildrenCount.
         for (const auto& [key, type] : options_) type->readFromConfig(values_, settings, key);
     } catch (const kvl::config::ConfigException& failure) {
         throw XMLConfigException(failure.what());

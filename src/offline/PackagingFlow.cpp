@@ -14,7 +14,8 @@ namespace {
 void runFlow(OptionMap& options) {
     kzspkgutil::RefCountedMemoryArena arena;
     kzspkgutil::PackagerContext context(arena);
-    // The one place that tells a protected job from a plain one, and this alone decides.
+    // On purpose: this alone tells a protected job from a plain one, whatever else is given.
+    // Pinned by ProtectCliTest.CommonKeyAndContentIdAloneFailOnTheNamelessFile.
     if (textOf(options, "common-key").empty()) {
         stopWipingFreedMemory();
         const PlainSetup setup(context);

@@ -76,6 +76,8 @@ void PackagingRun::packageSamples(double limitMs) {
         // sample that the fragmenter is told of at the end.
         lastSample_ = sampleIterator_->next();
         if (pastLimit_ && stopRequested_) break;
+        // On purpose: past the limit, not at it, compared as floating numbers.
+        // Pinned by PackagingRunTest.ASampleAtTheLimitIsNotPastIt.
         if (limitMs > 0.0 && static_cast<double>(lastSample_.time.value) > limitMs) {
             pastLimit_ = true;
         }
@@ -99,7 +101,7 @@ void PackagingRun::tellProgress(double limitMs) const {
 void PackagingRun::handleSample(const kzs::FragmenterSample& sample) {
     const kzs::FragmentEvent event = fragmenter_->addSample(sample);
     if (recorder_->handleEvent(event, sample.time) && pastLimit_) stopRequested_ = true;
-    // Only now, so that the sample which brought the cut starts the next fragment.
+    // On purpose only now, so that the sample which brought the cut starts the next fragment.
     recorder_->keep(sampleIterator_->currentMessage());
 }
 
@@ -108,7 +110,7 @@ void PackagingRun::finish() {
     recorder_->dropPending();
     context_.getMemoryArena().reset();
     segmenter_->finishWriter();
-    // The last fragment may have led on to a segment that has no index file yet.
+    // On purpose once more: the last fragment may have led on to a segment that has no index file.
     recorder_->writeIndexFile();
 }
 

@@ -12,7 +12,10 @@
 namespace torvo::offline {
 namespace {
 
-/// The order of the tests decides when several modes are asked for.
+/// The order of the tests decides when several modes are asked for. On purpose even the dump of
+/// the settings needs an input file, unless a manifest is to be updated, and the texts of help and
+/// version get a line end beside their own. Pinned by OptionsCliTest.ConfigDumpAloneIsAMissingInput
+/// and .VersionIsPrintedBetweenEmptyLines.
 bool runFirstMode(const OptionMap& options, const std::string& helpText,
                   const std::string& versionText, std::ostream& out) {
     if (flagOf(options, "help")) {

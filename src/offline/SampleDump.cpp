@@ -78,7 +78,7 @@ std::string firstBytesOf(Reader& reader, const Sample& sample) {
     text.exceptions(std::ios::failbit | std::ios::badbit);
     text.imbue(std::locale::classic());
     // On purpose: the width is set once and holds for the first blank alone, which becomes "0 ";
-    // no value is padded.
+    // no value is padded. Without any bytes there is not even that.
     text << std::hex << std::setw(2) << std::setfill('0');
     for (const std::uint8_t byte : bytes) text << ' ' << static_cast<unsigned>(byte);
     return text.str();
@@ -86,6 +86,7 @@ std::string firstBytesOf(Reader& reader, const Sample& sample) {
 
 void printSamples(Reader& reader, const std::vector<Sample>& samples, std::uint32_t fragment,
                   std::ostream& out) {
+    // On purpose: with a blank in front of the third comma.
     constexpr const char* kLine =
         "in | fragment : %1%, timestamp : %2%, media-type : %3% , length : %4%, "
         "sample-type : %5%, data : %6%\n";
@@ -118,7 +119,9 @@ void dumpAll(Reader& reader, kzs::AVFragmenter& fragmenter, std::ostream& out) {
 }  // namespace
 
 void dumpSamples(const OptionMap& options, std::ostream& out) {
-    // On purpose: a fragmenter for video even where there is none.
+    // On purpose: a fragmenter for video even where there is none, and a reader for one kind of
+    // file, so that FLV fails. Pinned by SampleDumpCliTest.AudioAloneIsCutAsIfThereWereVideo and
+    // .AnFlvFileIsNotReadHere.
     kzs::AVFragmenter fragmenter(fragmentTimingOf(options).fragmentDuration,
                                  /*checkFirstCut=*/false);
     try {

@@ -70,6 +70,8 @@ std::istream& AMF0StrictArrayBegin::read(std::istream& stream) {
 
 std::ostream& AMF0StrictArrayBegin::write(std::ostream& stream) const {
     writeMarker(stream, Marker::strictArray);
+    // On purpose: a fraction is dropped.
+    // Pinned by AMF0StrictArrayBeginTest.TruncatesAFractionWhenWriting.
     writeU32(stream, truncated(count));
     return stream;
 }

@@ -84,6 +84,8 @@ void TreeBuilder::endElement(const std::string& name) {
 void TreeBuilder::rawMarkup(const std::string& markup) {
     flushText();
     if (open_.empty() || isWhiteSpace(markup)) return;
+    // On purpose: comments and the like are kept, as nodes of a type of their own.
+    // Pinned by ParserTest.KeepsCommentsAndOtherMarkupAsRawNodes.
     addCharacters<DefaultImpl>(keepWhitespace_ ? markup : trimmed(markup));
 }
 

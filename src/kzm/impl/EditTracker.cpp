@@ -60,7 +60,9 @@ void EditTracker::settle() {
     track_.needsRow = false;
 }
 
-/// Gives the open edit its duration, and a row if it has none.
+/// Gives the open edit its duration, and a row if it has none. On purpose a track that starts late
+/// keeps the row without duration that its first, empty fragment gave it.
+/// Pinned by SegmentEditsTest.ALateStartInALaterFragmentKeepsTheRowInFront.
 void EditTracker::putRow(std::int64_t duration) {
     ElstBox& list = *track_.trak->elst();
     if (track_.needsRow) {

@@ -11,7 +11,9 @@ namespace {
 
 using torvo::kzs::loadU32;
 
-/// Bytes that the description of a hint track may take beyond what was asked for.
+/// Bytes that the description of a hint track may take beyond what was asked for. On purpose just
+/// as many as its fields need beside those of other descriptions.
+/// Pinned by KZSMediaWriterTest.LeavesRoomInTheHintTrackForEditsAndDescriptions.
 constexpr std::uint32_t kHintDescriptionSurplus = 6;
 
 /// The value of the `amto` box among the boxes in `data`; 0 without one.
@@ -71,6 +73,8 @@ std::uint64_t KZSWriter::startFragment() {
     if (!header().isPlaced()) {
         placeHeader();
     } else if (bootstrap_.data() == nullptr && !mdat_ && afra_) {
+        // On purpose: a start behind a start does nothing.
+        // Pinned by SegmentFragmentsTest.ASecondStartWithoutSamplesWritesNothing.
         return nextOffset_;
     }
     closeFragment();

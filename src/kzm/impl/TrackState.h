@@ -25,7 +25,9 @@ struct TrackState {
     bool inPause = false;
     std::int64_t editStart = 0;  ///< time at which the open edit began
     bool needsRow = true;        ///< the open edit has no row in the edit list yet
-    std::int64_t lastTime = -1;  ///< of the last sample, gaps still counted
+    /// Of the last sample, gaps still counted. On purpose it begins so that a track without samples
+    /// has the duration 0. Pinned by SegmentEditsTest.AnUnusedTrackHasARowOfNoDuration.
+    std::int64_t lastTime = -1;
     std::int64_t lastDuration = 1;
     std::int64_t defaultDuration = 1;  ///< given to a sample until the next one is known
 

@@ -101,6 +101,8 @@ std::uint32_t Writer::addSampleDescription(std::uint32_t trackId,
     track.hasDescription = true;
     if (index != track.descriptionIndex) {
         track.descriptionIndex = index;
+        // On purpose: without a new start the next sample is refused.
+        // Pinned by SegmentFragmentsTest.AnotherDescriptionOfATrackWithSamplesClosesTheFragment.
         if (fragment_ && track.hasSamples) {
             closeFragment();
         } else if (fragment_) {
@@ -221,7 +223,8 @@ void Writer::addToMoof(TrackState& track, std::uint64_t time, const PendingSampl
     track.hasSamples = true;
     ++track.sampleNumber;
     if (writesIndex_ && (sample.kind & 0xFF) == kSyncSample) {
-        // On purpose: the run's number is counted one up once more; players search by time.
+        // On purpose: the track's id is told for the number of its `traf`, and the run's number is
+        // counted one up once more; players search by time.
         // Pinned by PlainWriterTest.EndsAFragmentedFileWithItsRandomAccessPoints.
         track.randomAccess.push_back({time + static_cast<std::uint64_t>(track.gapTotal), 0,
                                       track.id, track.trunNumber + 1, track.sampleNumber});

@@ -45,7 +45,8 @@ public:
     /// New files get read and write permission for all, less the umask, and are not locked.
     /// On purpose: a second open takes a new descriptor and leaves the old one open.
     void open() override;
-    /// Reports nothing: who wants to hear of a failure calls `settle` first.
+    /// On purpose it reports nothing, as `tell` doesn't: who wants to hear of a failure calls
+    /// `settle` first.
     void close() override;
     /// Asks for what only a close tells, and stays open: file systems that write late report a
     /// full disk or a used up quota there. Throws IOStreamException.

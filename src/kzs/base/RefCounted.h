@@ -23,7 +23,7 @@ public:
     std::uint32_t decrement() { return --count_; }
 
 private:
-    std::uint32_t count_ = 0;  // a fresh object has no owner yet
+    std::uint32_t count_ = 0;  // on purpose: a fresh object has no owner yet
 };
 
 /// Implements the two operations of `Interface`, which derives from IRefCountedObject.

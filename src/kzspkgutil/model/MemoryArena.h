@@ -44,7 +44,9 @@ public:
     virtual void reset() = 0;
 };
 
-/// Gives every sample a block of its own; there is no pool, and reset does nothing.
+/// Gives every sample a block of its own; on purpose there is no pool, and reset does nothing.
+/// Pinned by RefCountedMemoryArenaTest.GivesBlocksOfExactlyTheSizeAskedFor and
+/// .LeavesBlocksAloneOnReset.
 class RefCountedMemoryArena final : public IMemoryArena {
 public:
     BlockPtr allocate(std::uint64_t size) override;
