@@ -132,7 +132,7 @@ void KZSMediaWriter::setBootstrap(const std::uint8_t* bootstrap, std::uint64_t s
     writer_.setBootstrap(bootstrap_.data(), size, nullptr, keepBuffer);
 }
 
-FragmentPosition KZSMediaWriter::writeUpTo(const MessageList& messages, const Timestamp& endTime,
+FragmentPosition KZSMediaWriter::writeUpTo(MessageList messages, const Timestamp& endTime,
                                            const std::uint8_t* bootstrap,
                                            std::uint64_t bootstrapSize) {
     const auto end = std::find_if(messages.begin(), messages.end(), [&](const TCMessage& message) {
@@ -142,8 +142,10 @@ FragmentPosition KZSMediaWriter::writeUpTo(const MessageList& messages, const Ti
         setBootstrap(bootstrap, bootstrapSize);
         // On purpose: each call begins anew, so that its first audio gets a header of its own.
         Timestamp lastHeaderTime;
-        std::for_each(messages.begin(), end,
-                      [&](const TCMessage& message) { writeMessage(message, lastHeaderTime); });
+        std::for_each(messages.begin(), end, [&](TCMessage& message) {
+            writeMessage(message, lastHeaderTime);
+            message = TCMessage();
+        });
     }
     // On purpose: the position goes back one call late, and the next fragment is already open.
     const FragmentPosition position = {fragmentOffset_, 0};

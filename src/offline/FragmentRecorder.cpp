@@ -171,9 +171,21 @@ void FragmentRecorder::recordGap(const FragmentEvent& event) {
 std::uint64_t FragmentRecorder::writePending(const Timestamp& cutTime) {
     const std::string primed = primedBootstrap(rendition_);
     const auto* bootstrap = reinterpret_cast<const std::uint8_t*>(primed.data()) + 1;
-    const auto position = writer_.writeUpTo(pending_, cutTime, bootstrap, primed.size() - 1);
+    const auto position =
+        writer_.writeUpTo(messagesFor(cutTime), cutTime, bootstrap, primed.size() - 1);
     ++fragmentsWritten_;
     return position.offset;
+}
+
+kzspkgutil::MessageList FragmentRecorder::messagesFor(const Timestamp& cutTime) {
+    const auto firstKept = firstKeptAt(cutTime);
+    kzspkgutil::MessageList messages;
+    messages.reserve(pending_.size());
+    for (auto message = pending_.begin(); message != firstKept; ++message) {
+        messages.push_back(message->takeImage());
+    }
+    messages.insert(messages.end(), firstKept, pending_.end());
+    return messages;
 }
 
 void FragmentRecorder::appendEntry(const FragmentEvent& event, std::uint64_t afraOffset) {
@@ -191,12 +203,16 @@ void FragmentRecorder::writeIndexFile() {
     indexFile_.writeIndexFile(index_, segmenter_.currentSegment());
 }
 
-void FragmentRecorder::prunePending(const Timestamp& cutTime) {
+kzspkgutil::MessageList::iterator FragmentRecorder::firstKeptAt(const Timestamp& cutTime) {
     // On purpose: the walk stops at the first message that stays; one behind it stays too, even
     // if its time is before the cut.
-    const auto firstKept = std::find_if(
+    return std::find_if(
         pending_.begin(), pending_.end(),
         [&](const kzspkgutil::TCMessage& message) { return message.getSampleTime() >= cutTime; });
+}
+
+void FragmentRecorder::prunePending(const Timestamp& cutTime) {
+    const auto firstKept = firstKeptAt(cutTime);
     prunedBytes_ += bytesOf(pending_.begin(), firstKept);
     pending_.erase(pending_.begin(), firstKept);
 }

@@ -45,6 +45,8 @@ public:
     /// Writes the index as the file of the current segment.
     void writeIndexFile();
 
+    /// What waits for its fragment. What was written at the end of the input is still there,
+    /// without its bytes.
     const kzspkgutil::MessageList& pending() const { return pending_; }
     const kzs::AfraIndex& index() const { return index_; }
     std::uint64_t fragmentsWritten() const { return fragmentsWritten_; }
@@ -64,6 +66,10 @@ private:
     void recordGap(const kzs::FragmentEvent& event);
     std::uint64_t writePending(const kzs::Timestamp& cutTime);
     void appendEntry(const kzs::FragmentEvent& event, std::uint64_t afraOffset);
+    /// All that wait; those that a cut drops hand over their bytes.
+    kzspkgutil::MessageList messagesFor(const kzs::Timestamp& cutTime);
+    /// The first that a cut leaves in the list.
+    kzspkgutil::MessageList::iterator firstKeptAt(const kzs::Timestamp& cutTime);
     void prunePending(const kzs::Timestamp& cutTime);
 
     kzspkgutil::IMediaWriter& writer_;  // outlives the recorder

@@ -10,7 +10,7 @@ namespace {
 
 constexpr const char* kPasswordKey = "credential-pwd";
 /// More than the parsers and the encryption library take.
-constexpr std::size_t kStackSize = std::size_t{128} << 10;
+constexpr std::size_t kStackSize = std::size_t{64} << 10;
 
 bool freedMemoryIsWiped = true;
 

@@ -1,5 +1,7 @@
 #include "offline/SegmentWriter.h"
 
+#include <utility>
+
 #include <boost/smart_ptr/make_shared.hpp>
 
 #include "kzs/base/FileStream.h"
@@ -29,11 +31,11 @@ SegmentWriter::SegmentWriter(const std::string& baseName, const std::string& out
 
 SegmentWriter::~SegmentWriter() = default;
 
-kzspkgutil::FragmentPosition SegmentWriter::writeUpTo(const kzspkgutil::MessageList& messages,
+kzspkgutil::FragmentPosition SegmentWriter::writeUpTo(kzspkgutil::MessageList messages,
                                                       const kzspkgutil::Timestamp& endTime,
                                                       const std::uint8_t* bootstrap,
                                                       std::uint64_t bootstrapSize) {
-    return writer_->writeUpTo(messages, endTime, bootstrap, bootstrapSize);
+    return writer_->writeUpTo(std::move(messages), endTime, bootstrap, bootstrapSize);
 }
 
 void SegmentWriter::finishWriter() {

@@ -335,7 +335,7 @@ TEST_F(KZSMediaWriterTest, LivesOnAfterFinishing) {
 }
 
 /// Fails on the second video message, as an encryption library may.
-class FailingPolicy final : public IKZSMediaWriterPolicy {
+class FailingPolicy : public IKZSMediaWriterPolicy {
 public:
     explicit FailingPolicy(KZSMediaWriterPolicy& inner) : inner_(inner) {}
 
@@ -384,6 +384,59 @@ private:
     KZSMediaWriterPolicy& inner_;
     int messages_ = 0;
 };
+
+/// A block that notes its end.
+class NotedBlock final : public kzs::NoLockRefCountedObject<IMemoryArenaAlloc> {
+public:
+    NotedBlock(const Bytes& bytes, int& alive) : bytes_(bytes), alive_(alive) { ++alive_; }
+    ~NotedBlock() override { --alive_; }
+    std::uint8_t* data() override { return bytes_.data(); }
+    std::uint64_t size() const override { return bytes_.size(); }
+
+private:
+    Bytes bytes_;
+    int& alive_;
+};
+
+/// Keeps nothing of the messages, as one that encrypts them, and notes how many blocks there are.
+class ConsumingPolicy final : public FailingPolicy {
+public:
+    ConsumingPolicy(KZSMediaWriterPolicy& inner, const int& alive)
+        : FailingPolicy(inner), alive_(alive) {}
+    void writeVideoMessage(qlix::kzm::KZSWriter&, const qlix::kzm::TrackHandle&,
+                           const qlix::kzm::TrackHandle&, const TCMessage&) override {
+        seen.push_back(alive_);
+    }
+
+    std::vector<int> seen;
+
+private:
+    const int& alive_;
+};
+
+TEST_F(KZSMediaWriterTest, LetsGoOfEachMessageOnceThePolicyHadIt) {
+    int alive = 0;
+    ConsumingPolicy policy(policy_, alive);
+    const test::FixedSource source({test::videoTrackOf(fourCc("avc1"), avcBox())});
+    writer_ = std::make_unique<KZSMediaWriter>(context_, policy, source, stream_);
+    MessageList messages;
+    for (const std::uint32_t ms : {0U, 10U, 20U, 40U}) {
+        const Bytes tag = avcFrame(ms, false, raw({1, 2, 3})).image();
+        auto* block = new NotedBlock(tag, alive);
+        const Timestamp time = kzs::milliseconds(ms);
+        messages.emplace_back(time, time, static_cast<std::uint32_t>(tag.size()), BlockPtr(block),
+                              block->data() + 16, 3);
+    }
+    // Nothing was written for the messages: the box library refuses the empty fragment.
+    const Bytes bootstrap = raw({1});
+    EXPECT_EQ(codeOf([&] {
+                  writer_->writeUpTo(std::move(messages), kzs::milliseconds(40), bootstrap.data(),
+                                     bootstrap.size());
+              }),
+              1033U);
+    EXPECT_EQ(policy.seen, (std::vector<int>{4, 3, 2}));
+    EXPECT_EQ(alive, 0);
+}
 
 TEST_F(KZSMediaWriterTest, ClosesTheFileWithTheBootstrapOfACallThatFailed) {
     FailingPolicy failing(policy_);

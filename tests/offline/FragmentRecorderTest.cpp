@@ -23,13 +23,15 @@ constexpr std::uint32_t kF = 4000;
 /// Writes nothing; notes what it is asked, and gives out offsets 1000, 2000, ...
 class Output final : public kzspkgutil::IMediaWriter, public ISegmenter {
 public:
-    kzspkgutil::FragmentPosition writeUpTo(const kzspkgutil::MessageList& messages,
+    kzspkgutil::FragmentPosition writeUpTo(kzspkgutil::MessageList messages,
                                            const kzs::Timestamp& endTime,
                                            const std::uint8_t* bootstrap,
                                            std::uint64_t bootstrapSize) override {
         log += "write " + std::to_string(endTime.value) + " of";
         for (const TCMessage& message : messages) {
             log += " " + std::to_string(message.getSampleTime().value);
+            message.getBlock()->addRef();
+            owners.push_back(message.getBlock()->release());
         }
         log += "\n";
         bootstraps.push_back(kz::test::readAbstPayload(
@@ -49,6 +51,7 @@ public:
     TempDir folder;
     std::string log;
     std::vector<kz::test::Abst> bootstraps;
+    std::vector<std::uint32_t> owners;  ///< of the blocks of the messages that were to be written
     std::uint64_t offset = 0;
     std::uint32_t segment = 1;
     bool rolls = false;
@@ -177,6 +180,16 @@ TEST_F(FragmentRecorderTest, MessagesAreDroppedByTheTimeOfTheirSample) {
     handle(FragmentEventKind::Complete, 1, 0, 4000, 4000);
     ASSERT_EQ(recorder.pending().size(), 1U);
     EXPECT_EQ(recorder.pending()[0].getSampleTime().value, 4000U);
+}
+
+// The writer alone holds what the cut drops, so that it can let go of each message it encrypted.
+TEST_F(FragmentRecorderTest, MessagesThatTheCutDropsAreHandedOverWithTheirBytes) {
+    for (const std::uint64_t ms : {0U, 3999U, 4000U, 3000U}) recorder.keep(messageAt(ms));
+    handle(FragmentEventKind::Complete, 1, 0, 4000, 4000);
+    EXPECT_EQ(output.log, "write 4000 of 0 3999 4000 3000\nadvance 4000\n");
+    EXPECT_EQ(output.owners, (std::vector<std::uint32_t>{1, 1, 2, 2}));
+    EXPECT_NE(recorder.pending().at(0).getTag(), nullptr);
+    EXPECT_EQ(recorder.bytesKept(), 60U);
 }
 
 TEST_F(FragmentRecorderTest, AllMessagesGoWhenNoneIsBehindTheCut) {

@@ -21,9 +21,10 @@ struct FragmentPosition {
 /// Nobody deletes a writer through this interface: it has the two virtual operations alone.
 class IMediaWriter {
 public:
-    /// Writes one fragment of the messages in front of the first one at or past `endTime`; those
-    /// behind stay in the list for the caller. `bootstrap` is only read during the call.
-    virtual FragmentPosition writeUpTo(const MessageList& messages, const Timestamp& endTime,
+    /// Writes one fragment of the messages in front of the first one at or past `endTime`. Takes
+    /// the list, so that a message which nobody else holds goes as soon as it was turned into
+    /// another: an encrypted fragment is not held twice. `bootstrap` is only read during the call.
+    virtual FragmentPosition writeUpTo(MessageList messages, const Timestamp& endTime,
                                        const std::uint8_t* bootstrap,
                                        std::uint64_t bootstrapSize) = 0;
     virtual void finishWriter() = 0;

@@ -20,6 +20,14 @@ TCMessage::TCMessage(const Timestamp& sampleTime, const Timestamp& messageTime,
     storeTagTime(block_->data(), messageTime.value);
 }
 
+TCMessage TCMessage::takeImage() {
+    TCMessage taken = *this;
+    block_.reset();
+    sampleData_ = nullptr;
+    sampleDataSize_ = 0;
+    return taken;
+}
+
 BlockPtr allocateTag(IMemoryArena& arena, std::uint64_t bodySize) {
     if (bodySize > kLargestTagBody) {
         throw KZSPkgUtilException(kTagTooLarge, "a body of " + std::to_string(bodySize) +

@@ -51,6 +51,10 @@ public:
     std::uint32_t getTagSize() const { return tagSize_; }
     const BlockPtr& getBlock() const { return block_; }
 
+    /// Moves the image into the message that is returned. This one keeps its times and the tag's
+    /// size, and has no bytes any more.
+    TCMessage takeImage();
+
 private:
     Timestamp sampleTime_;
     std::uint32_t tagSize_ = 0;

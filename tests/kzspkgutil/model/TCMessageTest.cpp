@@ -32,6 +32,22 @@ protected:
     RefCountedMemoryArena arena_;
 };
 
+TEST_F(TCMessageTest, GivesItsImageAwayAndKeepsItsTimesAndItsSize) {
+    TCMessage giver = message(20, 12, {5, 1000, {0, 0}}, {3, 1000, {0, 0}});
+    const std::uint8_t* const tag = giver.getTag();
+    const TCMessage taken = giver.takeImage();
+    EXPECT_EQ(taken.getTag(), tag);
+    EXPECT_EQ(taken.getSampleData(), tag + 12);
+    EXPECT_EQ(taken.getSampleDataSize(), 4U);
+    EXPECT_EQ(ownersOf(taken), 1U);
+    EXPECT_EQ(giver.getTag(), nullptr);
+    EXPECT_EQ(giver.getSampleData(), nullptr);
+    EXPECT_EQ(giver.getSampleDataSize(), 0U);
+    EXPECT_EQ(giver.getTagSize(), 20U);
+    EXPECT_EQ(giver.getSampleTime().value, 5U);
+    EXPECT_EQ(giver.getMessageTime().value, 3U);
+}
+
 TEST_F(TCMessageTest, StandsForNoMessageWhenDefaultMade) {
     const TCMessage none;
     EXPECT_EQ(none.getTagSize(), 0U);
