@@ -167,6 +167,26 @@ TEST(PlainWriterTest, EndsAFragmentedFileWithItsRandomAccessPoints) {
             (u32(16) + text("mfro") + u32(0) + u32(8 + 24 + 3 * 28 + 16)));
 }
 
+TEST(PlainWriterTest, ARandomAccessPointNamesTheTrackInThePlaceOfItsTraf) {
+    SamplePool pool;
+    MemoryStream stream;
+    Writer writer(stream, Plain::configurationFor(true), nullptr);
+    writer.addTrack(trackInfo("soun", 1000), trackParams(3), "name", 5, 0);
+    const TrackHandle video =
+        writer.addTrack(trackInfo("vide", 1000), trackParams(3), "name", 5, 0);
+    VideoSampleDescriptor description;
+    description.handler = torvo::kzs::fourCc("vide");
+    description.format = torvo::kzs::fourCc("VP6F");
+    writer.addSampleDescription(video, description, {});
+    writer.writeSample(video, sampleOf("vide", 0, 1000, 1, 1), pool.data(text("a")));
+    writer.close();
+    // The video is track 2 and alone in its fragment.
+    const BoxSpan tfra = boxAt(stream.content, "mfra/tfra");
+    EXPECT_EQ(stream.content.slice(tfra.offset + 12, tfra.size - 12),
+              u32(2) + u32(0x3F) + u32(1) + u64(0) + u64(boxAt(stream.content, "moof").offset) +
+                  u32(2) + u32(2) + u32(1));
+}
+
 TEST(PlainWriterTest, ALateFirstSampleGetsAllItsRowsAtOnce) {
     Plain test(false);
     test.sample(500, text("a"), 1);

@@ -187,9 +187,18 @@ TEST(StsdBoxTest, StepsOverFreeBoxesBetweenTheEntries) {
         "meta", u32(4) + entry + box("free", fill(3, 0)) + box("skip") + box("efgh", fill(8, 0)));
     ASSERT_EQ(read.stsd().entries().size(), 2U);
     EXPECT_EQ(read.stsd().description(2)->format, fourCc("efgh"));
+    EXPECT_EQ(read.stsd().description(2)->index, 2U);
     // The two count in the loop, so the count is above what was found.
     EXPECT_EQ(read.file.warnings, std::vector<std::uint32_t>{3076});
     EXPECT_EQ(read.stsd().entryCount(), 2U);
+}
+
+TEST(StsdBoxTest, AFreeBoxTakesAnEntryOffTheCount) {
+    ReadTrack read("meta",
+                   u32(2) + box("abcd", fill(8, 0)) + box("free") + box("efgh", fill(8, 0)));
+    ASSERT_EQ(read.stsd().entries().size(), 1U);
+    EXPECT_EQ(read.stsd().description(1)->format, fourCc("abcd"));
+    EXPECT_EQ(read.file.warnings, std::vector<std::uint32_t>{3076});
 }
 
 TEST(StsdBoxTest, CorrectsACountAboveTheEntriesFound) {
