@@ -69,6 +69,11 @@ TEST(PlainWriterTest, FillsTheTablesInFrontOfTheData) {
     EXPECT_EQ(editsOf(test.file(), 0), (std::vector<EditListRow>{{81, 0}}));
 }
 
+TEST(PlainWriterTest, ADescriptionStandsInTheFileAtOnce) {
+    Plain test(true);
+    EXPECT_EQ(test.bodyOf("stsd").slice(0, 12), u32(1) + u32(86) + text("VP6F"));
+}
+
 TEST(PlainWriterTest, TheLastSampleLastsATickOfTheMovie) {
     Plain test(false, 3, 0, 90000);  // the movie has 1000 ticks a second
     test.sample(0, text("a"), 1);
