@@ -4,7 +4,7 @@
 usage: make_input.py KIND CLIP OUT MEGABYTES
   flv       H.264 + AAC, video frames stretched to 8 Mbit/s at 25 frames a second
   audio     AAC only, a tag about every 23 ms, stretched to 128 kbit/s
-  frames    as flv, with small frames: for long recordings of many fragments
+  short     small frames, a key frame every 0.5 s: for long recordings of many fragments
   mp4       the samples of flv in a plain MP4 file, moov in front
   fmp4      the same, a fragment a second
 """
@@ -13,6 +13,7 @@ import sys
 
 FRAME_BYTES = 40000
 AUDIO_BYTES = 370
+SHORT_BYTES = 300  # so that ten hours are about half a gigabyte
 
 
 def read_tags(path):
@@ -43,7 +44,11 @@ def recording(clip, kind, size):
     tags = [t for t in tags if t[0] in wanted]
     headers = [t for t in tags if t[2][1:2] == b"\0" and (t[0] == 9 or t[2][0] >> 4 == 10)]
     rest = [t for t in tags if t not in headers]
-    if kind not in ("audio", "frames"):
+    if kind == "short":
+        yield from headers
+        yield from short_groups(rest, size)
+        return
+    if kind != "audio":
         rest = [(k, ms, stretched(b, FRAME_BYTES) if k == 9 else b) for k, ms, b in rest]
     if kind == "audio":
         rest = [(k, ms, b.ljust(AUDIO_BYTES, b"\0")) for k, ms, b in rest]
@@ -57,6 +62,26 @@ def recording(clip, kind, size):
                 yield k, start + ms, body
                 done += len(body) + 15
         start += length
+
+
+def short_groups(tags, size):
+    """30 frames a second in groups of 15, and audio every 23 ms."""
+    video = [b for k, _, b in tags if k == 9 and b[1] == 1]
+    key = next(b for b in video if b[0] >> 4 == 1)
+    other = min((b for b in video if b[0] >> 4 != 1), key=len)
+    audio = next(b for k, _, b in tags if k == 8)[:100]
+    key, other = stretched(key, SHORT_BYTES), stretched(other, SHORT_BYTES)
+    done, number, heard = 0, 0, 0
+    while done < size:
+        ms = number * 1000 // 30
+        while heard * 23 < ms:
+            yield 8, heard * 23, audio
+            heard += 1
+            done += len(audio) + 15
+        body = key if number % 15 == 0 else other
+        yield 9, ms, body
+        number += 1
+        done += len(body) + 15
 
 
 def write_flv(out, tags, flags):

@@ -3,9 +3,9 @@
 
 usage: measure.py [--quick] [--rows NAME,...] BINARY CLIP WORK_FOLDER
 
-Rows are measured in turns, five times each (--quick: three, on inputs of a tenth of the size).
-Times are told as seconds and as ratios to `cp` of the same run: best against best, and median
-against median in brackets. Nothing is asserted: timings are noisy.
+The commands of a row are run in turns, five times each (--quick: three, on inputs of a tenth of
+the size). Times are told as seconds and as ratios to `cp` of the same run: best against best, and
+median against median in brackets. Nothing is asserted: timings are noisy.
 """
 import argparse
 import pathlib
@@ -43,19 +43,31 @@ def timed(argv):
     return Run(wall, float(user), float(system), int(peak) / 1024)
 
 
-def folder_bytes(folder):
-    return sum(f.stat().st_size for f in folder.rglob("*") if f.is_file())
+def bytes_in(path):
+    if path.is_file():
+        return path.stat().st_size
+    return sum(f.stat().st_size for f in path.rglob("*") if f.is_file())
 
 
 def system_calls(argv):
-    """How many system calls a command makes, and how many of them moved data."""
     report = subprocess.run(["strace", "-f", "-c", "-o", "/dev/stderr", *argv], stdout=subprocess.DEVNULL,
                             stderr=subprocess.PIPE, text=True, check=True).stderr
     match = re.search(r"^100\.00\s+\S+\s+\S*\s*(\d+)\s+(?:\d+\s+)?total", report, re.M)
     return int(match.group(1)) if match else 0
 
 
+def cipher_seconds(size):
+    """How long the library's cipher by itself takes for `size` bytes, without reading or writing any."""
+    report = subprocess.run(["openssl", "speed", "-elapsed", "-seconds", "2", "-bytes", "16384", "-evp", "aes-128-cbc"],
+                            capture_output=True, text=True, check=True).stdout
+    kilobytes = float(re.search(r"^AES-128-CBC\s+([\d.]+)k", report, re.M | re.I).group(1))
+    return size / (kilobytes * 1000)
+
+
 class Bench:
+    HEAD = (f"{'input':30} {'':12} {'wall s':>8} {'median':>8} {'user':>7} {'system':>7} {'peak MB':>8} {'calls/MB':>9}"
+            f" {'out/in':>7} {'x cp':>6} {'(median)':>9} {'CPU x cp':>8}")
+
     def __init__(self, options):
         self.binary, self.clip = options.binary, options.clip
         self.work = pathlib.Path(options.work)
@@ -80,99 +92,88 @@ class Bench:
             elif target.exists():
                 target.unlink()
 
-    def row(self, name, kind, megabytes, options=()):
+    def written(self):
+        return sum(bytes_in(self.work / name) for name in ("out", "copy") if (self.work / name).exists())
+
+    def commands(self, path, options, protection):
+        copy = str(self.work / "copy")
+        commands = {"cp": ["cp", str(path), copy]}
+        if protection:
+            commands["openssl enc"] = ["openssl", "enc", "-aes-128-cbc", "-K", "00" * 16, "-iv", "00" * 16,
+                                       "-in", str(path), "-out", copy]
+            commands["clear"] = self.package(path, *options)
+            commands["protected"] = self.package(path, *options, *protection)
+            return commands
+        commands["cat > null"] = ["cat", str(path)]
+        commands["dd"] = ["dd", f"if={path}", f"of={copy}", "bs=1M", "status=none"]
+        commands["packager"] = self.package(path, *options)
+        return commands
+
+    def row(self, name, kind, megabytes, options=(), is_protected=False):
         size = max(5.0, megabytes * self.scale)
-        path = self.make(kind, size)
-        copy = str(self.work / "copy")
-        commands = {
-            "cp": ["cp", str(path), copy],
-            "cat > null": ["cat", str(path)],
-            "dd": ["dd", f"if={path}", f"of={copy}", "bs=1M", "status=none"],
-            "packager": self.package(path, *options),
-        }
-        runs = {label: [] for label in commands}
-        written = 0
+        path, small = self.make(kind, size), self.make(kind, min(size, 100.0))
+        protection = protection_options(self.work / "keys") if is_protected else ()
+        runs, written, calls = {}, {}, {}
         for _ in range(self.rounds):
-            for label, argv in commands.items():
+            for label, argv in self.commands(path, options, protection).items():
                 self.fresh()
-                runs[label].append(timed(argv))
-                if label == "packager":
-                    written = folder_bytes(self.work / "out")
+                runs.setdefault(label, []).append(timed(argv))
+                written[label] = self.written()
+        for label, argv in self.commands(small, options, protection).items():
+            self.fresh()
+            calls[label] = system_calls(argv)
         self.fresh()
-        small = self.make(kind, min(size, 100.0))
-        calls = system_calls(self.package(small, *options))
-        self.fresh()
-        self.print_row(name, path.stat().st_size, small.stat().st_size, runs, written, calls)
+        self.print_rows(f"{name}, {bytes_in(path) / 1e6:.0f} MB", bytes_in(path), bytes_in(small), runs, written, calls)
+        if is_protected:
+            self.print_allowance(bytes_in(path), {k: min(r.wall for r in v) for k, v in runs.items()})
 
-    def protected_row(self, name, kind, megabytes):
-        """A protected run beside a clear one and what encrypting the same bytes costs by itself."""
-        path = self.make(kind, max(5.0, megabytes * self.scale))
-        options = protection_options(self.work / "keys")
-        copy = str(self.work / "copy")
-        commands = {
-            "cp": ["cp", str(path), copy],
-            "openssl enc": ["openssl", "enc", "-aes-128-cbc", "-K", "00" * 16, "-iv", "00" * 16,
-                            "-in", str(path), "-out", copy],
-            "clear": self.package(path),
-            "protected": self.package(path, *options),
-        }
-        runs = {label: [] for label in commands}
-        for _ in range(self.rounds):
-            for label, argv in commands.items():
-                self.fresh()
-                runs[label].append(timed(argv))
-        self.fresh()
-        best = {k: min(r.wall for r in v) for k, v in runs.items()}
-        print(f"\n{name}: {path.stat().st_size / 1e6:.0f} MB")
-        for label, all_runs in runs.items():
-            fastest = min(all_runs, key=lambda r: r.wall)
-            print(f"  {label:12} {best[label]:8.3f} s wall, {fastest.user:.3f} user, {fastest.system:.3f} sys,"
-                  f" peak {max(r.peak_mb for r in all_runs):.1f} MB")
-        allowed = best["clear"] + 1.1 * (best["openssl enc"] - best["cp"])
-        print(f"  clear + 1.1 x (openssl enc - cp) = {allowed:.3f} s; protected takes {best['protected'] / allowed:.2f}"
-              " of it")
-
-    def print_row(self, name, size, small_size, runs, written, calls):
+    @staticmethod
+    def print_rows(name, size, small_size, runs, written, calls):
         best = {k: min(r.wall for r in v) for k, v in runs.items()}
         middle = {k: statistics.median(r.wall for r in v) for k, v in runs.items()}
-        print(f"\n{name}: {size / 1e6:.0f} MB")
-        print(f"  {'':12} {'wall s':>8} {'median':>8} {'user':>7} {'sys':>7} {'peak MB':>8} {'x cp':>6} {'(median)':>9}")
+        # time(1) counts hundredths, and a small copy takes none.
+        cpu_of_cp = max(0.01, min(r.cpu for r in runs["cp"]))
         for label, all_runs in runs.items():
             fastest = min(all_runs, key=lambda r: r.wall)
-            print(f"  {label:12} {best[label]:8.3f} {middle[label]:8.3f} {fastest.user:7.3f} {fastest.system:7.3f}"
-                  f" {max(r.peak_mb for r in all_runs):8.1f} {best[label] / best['cp']:6.2f}"
-                  f" {'(%.2f)' % (middle[label] / middle['cp']):>9}")
-        # time(1) counts hundredths, and a small copy takes none.
-        cpu = min(r.cpu for r in runs["packager"]) / max(0.01, min(r.cpu for r in runs["cp"]))
-        print(f"  packager: CPU {cpu:.2f} x cp, {calls / (small_size / 1e6):.1f} system calls per MB,"
-              f" {written / size:.4f} bytes written per byte of input")
+            print(f"{name:30} {label:12} {best[label]:8.3f} {middle[label]:8.3f} {fastest.user:7.2f}"
+                  f" {fastest.system:7.2f} {max(r.peak_mb for r in all_runs):8.1f}"
+                  f" {calls[label] / (small_size / 1e6):9.1f} {written[label] / size:7.4f}"
+                  f" {best[label] / best['cp']:6.2f} {'(%.2f)' % (middle[label] / middle['cp']):>9}"
+                  f" {min(r.cpu for r in all_runs) / cpu_of_cp:8.2f}", flush=True)
+            name = ""
+
+    @staticmethod
+    def print_allowance(size, best):
+        enciphering = best["openssl enc"] - best["cp"]
+        print(f"{'':30} openssl speed: {cipher_seconds(size):.3f} s for these bytes;"
+              f" clear + 1.1 x (openssl enc - cp) = {best['clear'] + 1.1 * enciphering:.3f} s,"
+              f" protected takes {best['protected'] / (best['clear'] + 1.1 * enciphering):.2f} of it", flush=True)
 
 
 ROWS = {
-    "flv": ("FLV, H.264 8 Mbit/s + AAC", "flv", 1000, ()),
-    "audio": ("FLV, AAC only", "audio", 200, ()),
-    "short": ("FLV, 0.5 s fragments, long", "frames", 200, ("--fragment-duration=0.5",)),
-    "mp4": ("MP4", "mp4", 1000, ()),
-    "fmp4": ("MP4, fragmented", "fmp4", 1000, ()),
-    "edit": ("MP4 through its edit lists", "mp4", 1000, ("--edit-list",)),
+    "flv": ("FLV, 8 Mbit/s", "flv", 1000),
+    "audio": ("FLV, audio", "audio", 200),
+    "short": ("FLV, 0.5 s fragments", "short", 668, ("--fragment-duration=0.5",)),
+    "mp4": ("MP4", "mp4", 1000),
+    "fmp4": ("MP4, fragmented", "fmp4", 1000),
+    "edit": ("MP4, edit lists", "mp4", 1000, ("--edit-list",)),
+    "protected": ("FLV, protected", "flv", 1000, (), True),
 }
 
 
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--quick", action="store_true")
-    parser.add_argument("--rows", default=",".join([*ROWS, "protected"]))
+    parser.add_argument("--rows", default=",".join(ROWS))
     parser.add_argument("binary", type=pathlib.Path)
     parser.add_argument("clip", type=pathlib.Path)
     parser.add_argument("work")
     options = parser.parse_args()
     pathlib.Path(options.work).mkdir(parents=True, exist_ok=True)
     bench = Bench(options)
+    print(bench.HEAD)
     for name in options.rows.split(","):
-        if name == "protected":
-            bench.protected_row("FLV, protected", "flv", 1000)
-        else:
-            bench.row(*ROWS[name])
+        bench.row(*ROWS[name])
 
 
 if __name__ == "__main__":

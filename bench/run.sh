@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds the release program and measures it beside plain copies; prints one table a row.
+# Builds the release program and measures it beside plain copies; prints one table.
 # usage: run.sh [--quick] [--rows flv,audio,short,mp4,fmp4,edit,protected]
 # The inputs are made in KZ_BENCH_DIR (default: build/bench) and stay there.
 set -euo pipefail
