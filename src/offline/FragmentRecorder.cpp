@@ -199,6 +199,11 @@ void FragmentRecorder::appendEntry(const FragmentEvent& event, std::uint64_t afr
     index_.globalEntries.push_back(entry);
 }
 
+void FragmentRecorder::finishIndexFile() {
+    writeIndexFile();
+    indexFile_.close();
+}
+
 void FragmentRecorder::writeIndexFile() {
     indexFile_.writeIndexFile(index_, segmenter_.currentSegment());
 }

@@ -42,8 +42,8 @@ public:
     /// Acts on the event of the end of the input. `lastTime` is that of its last sample.
     void handleEnd(const kzs::FragmentEvent& event, const kzs::Timestamp& lastTime);
     void dropPending() { pending_.clear(); }
-    /// Writes the index as the file of the current segment.
-    void writeIndexFile();
+    /// Writes the index as the file of the current segment, for the last time.
+    void finishIndexFile();
 
     /// What waits for its fragment. What was written at the end of the input is still there,
     /// without its bytes.
@@ -65,6 +65,7 @@ private:
     void writeKeptFragment(const kzs::Timestamp& cutTime);
     void recordGap(const kzs::FragmentEvent& event);
     std::uint64_t writePending(const kzs::Timestamp& cutTime);
+    void writeIndexFile();
     void appendEntry(const kzs::FragmentEvent& event, std::uint64_t afraOffset);
     /// All that wait; those that a cut drops hand over their bytes.
     kzspkgutil::MessageList messagesFor(const kzs::Timestamp& cutTime);

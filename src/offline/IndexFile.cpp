@@ -6,7 +6,6 @@
 
 #include "kzs/AfraWriter.h"
 #include "offline/OfflineException.h"
-#include "offline/OutputFile.h"
 
 namespace torvo::offline {
 
@@ -22,22 +21,32 @@ void IndexFile::writeIndexFile(const kzs::AfraIndex& index, std::uint32_t segmen
                                    " current fragment: " + std::to_string(numbers->second));
     }
     kzs::serialiseAfra(index, bytes_);
-    const std::string name = baseName_ + "Seg" + std::to_string(segment) + ".kzx";
     // A file that this object made and that doesn't shrink is written over where it stands: file
     // systems bring an exchanged one to the disk at once, which takes longer than all the rest.
-    const bool grows = segment == writtenSegment_ && bytes_.size() >= writtenBytes_;
-    OutputFile file((boost::filesystem::path(outputPath_) / name).string(),
-                    grows ? OutputFile::Former::isOverwritten : OutputFile::Former::isReplaced);
-    // The box says how long it is and how many entries it has: after a kill in between it tells of
-    // the entries that were there before.
-    if (grows) {
-        file.overwrite(bytes_, writtenBytes_);
+    if (segment == writtenSegment_ && bytes_.size() >= writtenBytes_) {
+        if (!file_) file_.emplace(pathOf(segment), OutputFile::Former::isOverwritten);
+        // The box says how long it is and how many entries it has: after a kill in between it
+        // tells of the entries that were there before.
+        file_->overwrite(bytes_, writtenBytes_);
     } else {
+        close();
+        OutputFile file(pathOf(segment), OutputFile::Former::isReplaced);
         file.write(bytes_);
+        file.close();
     }
-    file.close();
     writtenSegment_ = segment;
     writtenBytes_ = bytes_.size();
+}
+
+void IndexFile::close() {
+    if (!file_) return;
+    file_->close();
+    file_.reset();
+}
+
+std::string IndexFile::pathOf(std::uint32_t segment) const {
+    const std::string name = baseName_ + "Seg" + std::to_string(segment) + ".kzx";
+    return (boost::filesystem::path(outputPath_) / name).string();
 }
 
 }  // namespace torvo::offline

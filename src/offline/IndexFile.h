@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "kzs/AfraIndex.h"
+#include "offline/OutputFile.h"
 
 namespace torvo::offline {
 
@@ -19,12 +21,19 @@ public:
     /// global entries don't have consecutive fragment numbers, and std::ios_base::failure.
     void writeIndexFile(const kzs::AfraIndex& index, std::uint32_t segment);
 
+    /// To be called behind the last write: file systems that write late tell of a failure only
+    /// here. Throws std::ios_base::failure.
+    void close();
+
 private:
+    std::string pathOf(std::uint32_t segment) const;
+
     std::string outputPath_;
     std::string baseName_;
     std::vector<std::uint8_t> bytes_;  // kept for its capacity: the index is written over and over
     std::uint32_t writtenSegment_ = 0;
-    std::size_t writtenBytes_ = 0;  // of that segment's file
+    std::size_t writtenBytes_ = 0;    // of that segment's file
+    std::optional<OutputFile> file_;  // that file, once it is written over
 };
 
 }  // namespace torvo::offline

@@ -111,7 +111,7 @@ void PackagingRun::finish() {
     context_.getMemoryArena().reset();
     segmenter_->finishWriter();
     // On purpose once more: the last fragment may have led on to a segment that has no index file.
-    recorder_->writeIndexFile();
+    recorder_->finishIndexFile();
 }
 
 }  // namespace torvo::offline

@@ -249,7 +249,7 @@ TEST_F(FragmentRecorderTest, EntriesAndFilesNameTheSegmentOfTheFragment) {
     EXPECT_EQ(inFile(1), "1@0:1:1000 ");
     EXPECT_EQ(inFile(2), "1@0:1:1000 2@4000:2:2000 ");
     EXPECT_EQ(inFile(3), "no file");
-    recorder.writeIndexFile();
+    recorder.finishIndexFile();
     EXPECT_EQ(inFile(3), inFile(2));
 }
 
