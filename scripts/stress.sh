@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Tries to break the packager for a while and prints a table: what was tried, how often, what
 # failed. Status 1 if anything did. Inputs that failed are in build/stress.
-# usage: stress.sh [SECONDS]     600 by default; building comes on top
+# usage: stress.sh [SECONDS]     600 by default; building comes on top, and what has its own length:
+#                                every allocation, the load
 #        stress.sh --short       about three minutes
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -20,6 +21,8 @@ build() {
     cmake --preset release -DKZ_TESTS=ON >/dev/null
     cmake --build --preset release --target kzspackager make_corpus check_presentation fault \
         memory_fault -- --quiet
+    cmake --preset asan -DKZ_TESTS=ON >/dev/null
+    cmake --build --preset asan --target kzspackager -- --quiet
     cmake --preset fuzz -DKZ_TESTS=ON >/dev/null
     local targets=(tests/fuzz/corpus/*)
     cmake --build --preset fuzz --target "${targets[@]/#*\//fuzz_}" -- --quiet
@@ -50,14 +53,23 @@ row() { python3 -B "tests/stress/$1.py" "${@:2}" || failed=1; }
 share() { echo $((seconds * $1 / 100)); }
 
 printf '%-48s %8s %8s\n' 'what' 'tried' 'failed'
-row fuzz build/fuzz/tests/fuzz --seconds "$(share 35)" --keep "$work/fuzz"
+row fuzz build/fuzz/tests/fuzz --seconds "$(share 42)" --keep "$work/fuzz"
 row damage "$packager" "$work/corpus" --check "$tools/check_presentation" \
-    --seconds "$(share 23)" --keep "$work/damaged" --jobs "$(nproc)"
-row faults "$packager" "$tools/fault.so" "$work/protection" --seconds "$(share 14)"
+    --seconds "$(share 28)" --keep "$work/damaged" --jobs "$(nproc)"
+row faults "$packager" "$tools/fault.so" "$work/protection" --seconds "$(share 20)"
 row full "$packager"
-row memory "$packager" "$tools/memory_fault.so" "$work/corpus" "$work/protection" \
-    --check "$tools/check_presentation" --seconds "$(share 14)"
-row death "$packager" --seconds "$(share 8)"
+memory() {
+    row memory "$1" "$tools/memory_fault.so" "$work/corpus" "$work/protection" \
+        --check "$tools/check_presentation" "${@:2}"
+}
+if $short; then
+    memory "$packager" --most 150
+    memory build/asan/kzspackager --leaks --most 10
+else
+    memory "$packager"
+    memory build/asan/kzspackager --leaks --most 300
+fi
+row death "$packager" --seconds "$(share 10)"
 row names "$packager"
 if $short; then
     row load "$packager" --runs 50
