@@ -53,9 +53,9 @@ row() { python3 -B "tests/stress/$1.py" "${@:2}" || failed=1; }
 share() { echo $((seconds * $1 / 100)); }
 
 printf '%-48s %8s %8s\n' 'what' 'tried' 'failed'
-row fuzz build/fuzz/tests/fuzz --seconds "$(share 42)" --keep "$work/fuzz"
+row fuzz build/fuzz/tests/fuzz --seconds "$(share 32)" --keep "$work/fuzz"
 row damage "$packager" "$work/corpus" --check "$tools/check_presentation" \
-    --seconds "$(share 28)" --keep "$work/damaged" --jobs "$(nproc)"
+    --seconds "$(share 38)" --keep "$work/damaged" --jobs "$(nproc)"
 row faults "$packager" "$tools/fault.so" "$work/protection" --seconds "$(share 20)"
 row full "$packager"
 memory() {
@@ -70,7 +70,7 @@ else
     memory build/asan/kzspackager --leaks --most 300
 fi
 row death "$packager" --seconds "$(share 10)"
-row names "$packager"
+row names "$packager" "$work/protection"
 if $short; then
     row load "$packager" --runs 50
     row same "$packager"

@@ -21,12 +21,19 @@ WORDS = (0, 1, 0x7FFFFFFF, 0xFFFFFFFF)
 
 
 def damaged(data):
-    """(description, bytes) of every damage."""
+    """(description, bytes) of every damage; each bytes once."""
+    seen = {data}
+    for what, bytes_ in all_damage(data):
+        if bytes_ not in seen:
+            seen.add(bytes_)
+            yield what, bytes_
+
+
+def all_damage(data):
     for n in range(len(data)):
         yield f"cut at {n}", data[:n]
         for name, value in (("0x00", 0), ("0xff", 0xFF), ("flipped", data[n] ^ 0xFF)):
-            if data[n] != value:
-                yield f"byte {n} {name}", data[:n] + bytes([value]) + data[n + 1:]
+            yield f"byte {n} {name}", data[:n] + bytes([value]) + data[n + 1:]
     for n in range(0, len(data) - 3):
         for word in WORDS:
             yield f"word {n} {word:#x}", data[:n] + struct.pack(">I", word) + data[n + 4:]
@@ -69,12 +76,14 @@ def main():
     parser.add_argument("--seed", type=int, default=int(time.time()))
     parser.add_argument("--keep", type=pathlib.Path, help="folder that gets the inputs with findings")
     options = parser.parse_args()
-    files = sorted(f for f in options.corpus.iterdir() if f.suffix in (".flv", ".mp4", ".kzd", ".xml", ".kzx", ".bootstrap"))
+    kinds = (".flv", ".mp4", ".kzd", ".xml", ".kzx", ".bootstrap")
+    files = [f for f in options.corpus.iterdir() if f.suffix in kinds]
     print(f"damage: seed {options.seed}")
     chance = random.Random(options.seed)
     good, end = True, time.monotonic() + options.seconds
     with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
-        for place, file in enumerate(files):
+        # The small ones first: what they leave of their time goes to the others.
+        for place, file in enumerate(sorted(files, key=lambda f: f.stat().st_size)):
             tally = Tally(f"damage of {file.name}")
             stop = time.monotonic() + (end - time.monotonic()) / (len(files) - place)
             cases = list(damaged(file.read_bytes()))

@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
 """Runs the packager with awkward names and awkward places, and looks at what it makes of them.
 
-usage: names.py BINARY
+usage: names.py BINARY PROTECTION_FOLDER
 
 No name is taken for a pattern: inputs, folders and manifests with any byte in their names are
 packaged with the bytes of an ordinary run. Contents that XML can't hold, places that can't be
 written and inputs that aren't files end in an error line. Nothing overwrites its own input.
+PROTECTION_FOLDER is one of make_corpus.
 """
 import argparse
 import os
@@ -92,7 +93,7 @@ class Names:
         return tally.show()
 
     def texts(self):
-        tally = Tally("content ids and URLs")
+        tally = Tally("content ids")
         for text in NAMES + UNFIT:
             with Folder() as work:
                 shutil.copy(CLIP, work / "plain.flv")
@@ -106,6 +107,21 @@ class Names:
                     found = root.find("{*}drmAdditionalHeader").get("drmContentId")
                     complaint = None if found == text.decode() else f"comes back as {found!r}"
                 tally.record(complaint, repr(text))
+        return tally.show()
+
+    def urls(self):
+        """No XML names the license server, so that its URL may be any text."""
+        tally = Tally("URLs of license servers")
+        for text in NAMES + UNFIT:
+            with Folder() as work:
+                shutil.copy(CLIP, work / "plain.flv")
+                settings = os.fsencode(self.options.protection / "settings.xml")
+                result = self.go(work, b"plain.flv", b"out", b"--conf-file=" + settings,
+                                 b"--license-server-url=" + text)
+                complaint = result.complaint()
+                if not complaint and result.status == 0:
+                    xml.etree.ElementTree.parse(work / "out" / "plain.kzd")
+                tally.record(complaint or (f"status {result.status}" if result.status else None), repr(text))
         return tally.show()
 
     def places(self):
@@ -208,8 +224,9 @@ class Names:
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("binary", type=absolute)
+    parser.add_argument("protection", type=absolute)
     names = Names(parser.parse_args())
-    good = [names.inputs(), names.folders(), names.texts(), names.places()]
+    good = [names.inputs(), names.folders(), names.texts(), names.urls(), names.places()]
     sys.exit(0 if all(good) else 1)
 
 
