@@ -18,6 +18,9 @@ from common import absolute, Tally, TOP
 FUZZ = TOP / "tests" / "fuzz"
 # A run keeps its segment writers until the process ends, which takes memory.
 RUNS = {"package": 2000}
+# It would search the heap for what those writers keep after each input, and weigh inputs by how rare
+# their features are, which takes longer than to package them. Leaks are looked for at the end.
+OPTIONS = {"package": ["-detect_leaks=0", "-entropic=0"]}
 # Slow, and with the most behind them.
 SHARES = {"package": 6, "kzm": 3, "flv": 2, "manifest": 2}
 LIMITS = ["-rss_limit_mb=512", "-timeout=5", "-max_len=4096", "-print_final_stats=1"]
@@ -31,6 +34,7 @@ def one_process(program, target, seconds, keep):
     dictionary = FUZZ / "dictionaries" / f"{target}.dict"
     if dictionary.exists():
         argv.append(f"-dict={dictionary}")
+    argv += OPTIONS.get(target, [])
     if target in RUNS:
         argv.append(f"-runs={RUNS[target]}")
     folders = [found, FUZZ / "corpus" / target, FUZZ / "regressions" / target]
