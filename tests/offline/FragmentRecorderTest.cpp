@@ -34,8 +34,8 @@ public:
             owners.push_back(message.getBlock()->release());
         }
         log += "\n";
-        bootstraps.push_back(kz::test::readAbstPayload(
-            kz::test::bytesOf(bootstrap, static_cast<std::size_t>(bootstrapSize))));
+        lastBootstrap = kz::test::bytesOf(bootstrap, static_cast<std::size_t>(bootstrapSize));
+        bootstraps.push_back(kz::test::readAbstPayload(lastBootstrap));
         offset += 1000;
         return {offset, 0};
     }
@@ -51,6 +51,7 @@ public:
     TempDir folder;
     std::string log;
     std::vector<kz::test::Abst> bootstraps;
+    kz::test::Bytes lastBootstrap;
     std::vector<std::uint32_t> owners;  ///< of the blocks of the messages that were to be written
     std::uint64_t offset = 0;
     std::uint32_t segment = 1;
@@ -277,6 +278,8 @@ TEST_F(FragmentRecorderTest, TheLastFragmentHasTheEndMarkBeforeItIsWritten) {
     end(FragmentEventKind::Complete, 2, 4000, 8000, 7999);
     EXPECT_EQ(runs(), "1@0+4000 0@0+0/0 ");
     EXPECT_EQ(output.bootstraps.back().currentMediaTime, 7999U);
+    // What goes into the manifest afterwards is the same.
+    EXPECT_EQ(kz::test::u8(0) + output.lastBootstrap, kz::test::text(primedBootstrap(rendition)));
     EXPECT_EQ(output.log, "write 4000 of\nadvance 4000\nwrite 8000 of\nadvance 4000\n");
 }
 

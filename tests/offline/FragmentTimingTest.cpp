@@ -111,11 +111,12 @@ TEST(FragmentTimingTest, FrameBasedValuesThatComeToNothingFailToo) {
 }
 
 TEST(FragmentTimingTest, TheCountOfFramesIsA32BitProduct) {
-    // 65536 * 65537 = 2^32 + 65536, which leaves 65536 frames of a second.
-    const FragmentTiming timing = timingWith({{"frame-rate", 1.0},
+    // 65536 * 65537 = 2^32 + 65536, which leaves 65536 frames, of which 2048 take a second. All of
+    // them would be 2097184 s, whose milliseconds have room in 32 bits, too.
+    const FragmentTiming timing = timingWith({{"frame-rate", 2048.0},
                                               {"frames-per-keyframe-interval", 65536.0},
                                               {"keyframe-intervals-per-fragment", 65537.0}});
-    EXPECT_EQ(timing.fragmentDuration, 65536000U);
+    EXPECT_EQ(timing.fragmentDuration, 32000U);
 }
 
 TEST(FragmentTimingTest, CountsBeyond32BitsKeepTheirLowBits) {
