@@ -6,6 +6,7 @@
 #include <openssl/x509v3.h>
 
 #include "qlix_hlx/Certificate.h"
+#include "qlix_hlx/CredentialCost.h"
 
 namespace qlix::hlx {
 namespace {
@@ -29,19 +30,6 @@ Pkcs12Ptr parsePfx(ByteView bytes) {
     return pfx;
 }
 
-/// The file says how often the password is hashed for its check, up to hours of work. Files of
-/// today ask for some thousands.
-void checkIterations(const PKCS12* pfx) {
-    constexpr std::int64_t kMost = 1'000'000;
-    const ASN1_INTEGER* given = nullptr;
-    PKCS12_get0_mac(nullptr, nullptr, nullptr, &given, pfx);
-    if (given == nullptr) return;
-    std::int64_t iterations = 0;
-    if (ASN1_INTEGER_get_int64(&iterations, given) != 1 || iterations > kMost) {
-        fail(HLX_ERROR_CREDENTIAL_UNREADABLE);
-    }
-}
-
 void checkPassword(PKCS12* pfx, const SecretBytes& password) {
     if (PKCS12_mac_present(pfx) != 1) return;
     const char* text = reinterpret_cast<const char*>(password.data());
@@ -51,7 +39,17 @@ void checkPassword(PKCS12* pfx, const SecretBytes& password) {
     fail(HLX_ERROR_CREDENTIAL_WRONG_PASSWORD);
 }
 
+/// As OpenSSL takes it for the parts: an empty password is none where the file doesn't say
+/// otherwise.
+const char* passwordOfParts(PKCS12* pfx, const SecretBytes& password) {
+    const char* text = reinterpret_cast<const char*>(password.data());
+    if (text[0] != '\0') return text;
+    if (PKCS12_mac_present(pfx) != 1 || PKCS12_verify_mac(pfx, nullptr, 0) == 1) return nullptr;
+    return text;
+}
+
 bool unpack(PKCS12* pfx, const SecretBytes& password, Credential& credential) {
+    if (!checkCostInside(pfx, passwordOfParts(pfx, password))) return false;
     EVP_PKEY* key = nullptr;
     X509* certificate = nullptr;
     STACK_OF(X509)* chain = nullptr;
@@ -83,7 +81,7 @@ Credential readCredential(ByteView pfx, std::string_view password) {
         std::string_view(reinterpret_cast<const char*>(terminated.data())).size()) {
         fail(HLX_ERROR_CREDENTIAL_WRONG_PASSWORD);
     }
-    checkIterations(parsed.get());
+    checkCost(parsed.get());
     checkPassword(parsed.get(), terminated);
 
     Credential credential;

@@ -182,6 +182,29 @@ TEST_F(RegistrationTest, ACredentialThatAsksForHoursOfWorkIsUnreadable) {
     EXPECT_EQ(credentialResult(withRounds(pfx, 1'000'001)), HLX_ERROR_CREDENTIAL_UNREADABLE);
 }
 
+// Each of these would hash for many minutes.
+TEST_F(RegistrationTest, ACredentialWhosePartsAskForHoursOfWorkIsUnreadable) {
+    constexpr long kLong = 0x7FFFFFFF;
+    const auto resultFor = [&](void (*claim)(PfxSpec&)) {
+        PfxSpec pfx;
+        claim(pfx);
+        return credentialResult(spec(KeyKind::p256), pfx);
+    };
+    EXPECT_EQ(resultFor([](PfxSpec& pfx) { pfx.claimedKeyRounds = kLong; }),
+              HLX_ERROR_CREDENTIAL_UNREADABLE);
+    EXPECT_EQ(resultFor([](PfxSpec& pfx) { pfx.claimedCertificateRounds = kLong; }),
+              HLX_ERROR_CREDENTIAL_UNREADABLE);
+    EXPECT_EQ(resultFor([](PfxSpec& pfx) { pfx.claimScrypt = true; }),
+              HLX_ERROR_CREDENTIAL_UNREADABLE);
+    // Not to be seen before the part around it is decrypted.
+    EXPECT_EQ(resultFor([](PfxSpec& pfx) {
+                  pfx.claimedKeyRounds = kLong;
+                  pfx.keyInEncryptedPart = true;
+              }),
+              HLX_ERROR_CREDENTIAL_UNREADABLE);
+    EXPECT_EQ(resultFor([](PfxSpec& pfx) { pfx.keyInEncryptedPart = true; }), HLX_OK);
+}
+
 TEST_F(RegistrationTest, ACredentialMustBeStrongAndAllowedToSign) {
     EXPECT_EQ(credentialResult(spec(KeyKind::rsa1024), {}), refused(HLX_CERT_WEAK_OR_UNKNOWN_KEY));
     EXPECT_EQ(credentialResult(spec(KeyKind::p256, "keyAgreement"), {}),

@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include <openssl/asn1t.h>
 #include <openssl/ec.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
@@ -113,6 +114,36 @@ OSSL_LIB_CTX* legacyContext() {
     return holder.context;
 }
 
+/// Puts other rounds into the PBES2 parameters of an algorithm.
+void claimRounds(X509_ALGOR* algorithm, long rounds) {
+    auto* scheme = static_cast<PBE2PARAM*>(
+        must(ASN1_TYPE_unpack_sequence(ASN1_ITEM_rptr(PBE2PARAM), algorithm->parameter)));
+    auto* derivation = static_cast<PBKDF2PARAM*>(
+        must(ASN1_TYPE_unpack_sequence(ASN1_ITEM_rptr(PBKDF2PARAM), scheme->keyfunc->parameter)));
+    must(ASN1_INTEGER_set(derivation->iter, rounds));
+    must(ASN1_TYPE_pack_sequence(ASN1_ITEM_rptr(PBKDF2PARAM), derivation,
+                                 &scheme->keyfunc->parameter));
+    must(ASN1_TYPE_pack_sequence(ASN1_ITEM_rptr(PBE2PARAM), scheme, &algorithm->parameter));
+    PBKDF2PARAM_free(derivation);
+    PBE2PARAM_free(scheme);
+}
+
+/// 2 times 65536 times 32768 blocks, in 25 MB.
+void claimScrypt(X509_ALGOR* algorithm) {
+    unsigned char salt[8] = {};
+    X509_ALGOR* other = must(
+        PKCS5_pbe2_set_scrypt(EVP_aes_256_cbc(), salt, sizeof(salt), nullptr, 65536, 2, 32768));
+    must(X509_ALGOR_copy(algorithm, other));
+    X509_ALGOR_free(other);
+}
+
+void claimForKey(PKCS12_SAFEBAG* bag, const PfxSpec& spec) {
+    X509_ALGOR* algorithm = nullptr;
+    X509_SIG_getm(const_cast<X509_SIG*>(PKCS12_SAFEBAG_get0_pkcs8(bag)), &algorithm, nullptr);
+    if (spec.claimedKeyRounds != 0) claimRounds(algorithm, spec.claimedKeyRounds);
+    if (spec.claimScrypt) claimScrypt(algorithm);
+}
+
 int cipherNid(PfxCipher cipher) {
     switch (cipher) {
         case PfxCipher::aes256:
@@ -166,11 +197,18 @@ Bytes makePfx(const TestKey& key, const Bytes& certificate, const PfxSpec& spec)
         must(PKCS12_add_cert(&certificateBags, parsed.get()));
         must(PKCS12_add_safe_ex(&safes, certificateBags, nid, PKCS12_DEFAULT_ITER, password,
                                 context, nullptr));
+        if (spec.claimedCertificateRounds != 0) {
+            claimRounds(sk_PKCS7_value(safes, 0)->d.encrypted->enc_data->algorithm,
+                        spec.claimedCertificateRounds);
+        }
     }
     if (spec.withKey) {
         must(PKCS12_add_key_ex(&keyBags, key.get(), 0, PKCS12_DEFAULT_ITER, nid, password, context,
                                nullptr));
-        must(PKCS12_add_safe(&safes, keyBags, -1, 0, nullptr));
+        claimForKey(sk_PKCS12_SAFEBAG_value(keyBags, 0), spec);
+        must(spec.keyInEncryptedPart ? PKCS12_add_safe_ex(&safes, keyBags, nid, PKCS12_DEFAULT_ITER,
+                                                          password, context, nullptr)
+                                     : PKCS12_add_safe(&safes, keyBags, -1, 0, nullptr));
     }
     const std::shared_ptr<PKCS12> pfx(must(PKCS12_add_safes_ex(safes, 0, context, nullptr)),
                                       PKCS12_free);

@@ -39,6 +39,11 @@ struct PfxSpec {
     PfxCipher cipher = PfxCipher::aes256;
     bool withKey = true;
     bool withCertificate = true;
+    bool keyInEncryptedPart = false;  ///< otherwise beside it
+    /// What the parts say of themselves, whatever was done; 0: the truth.
+    long claimedKeyRounds = 0;
+    long claimedCertificateRounds = 0;
+    bool claimScrypt = false;  ///< the key is said to take hours of it
 };
 
 /// A PFX of the key and `certificate`, which need not belong together.
