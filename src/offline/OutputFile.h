@@ -16,7 +16,9 @@ class OutputFile {
 public:
     /// What becomes of the file that is there.
     enum class Former {
-        isDropped,  ///< it is emptied, and made if it isn't there
+        /// It is emptied, and made if it isn't there: for files that are written once, in the end.
+        /// Links, devices and the rights of the file stay what they are.
+        isDropped,
         /// The bytes go into "<path>.part", which takes the place of `path` at the close: whoever
         /// looks finds the old file or the new one, also after a kill. What can't be replaced is
         /// emptied: a link, a device, a file with two names, one in a folder that can't be written.
