@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
+#include "offline/FailingMemory.h"
 #include "offline/ManifestFile.h"
 #include "offline/OfflineException.h"
 #include "offline/OptionFixture.h"
-#include "support/FailingMemory.h"
 #include "support/TempDir.h"
 
 namespace torvo::offline {

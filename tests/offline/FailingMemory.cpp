@@ -1,4 +1,4 @@
-#include "support/FailingMemory.h"
+#include "offline/FailingMemory.h"
 
 #include <cstddef>
 #include <cstdlib>
@@ -26,7 +26,7 @@ FailingMemory::~FailingMemory() { allocationsLeft = -1; }
 
 }  // namespace kz::test
 
-// In the place of the library's in every program that uses the class above.
+// In the place of the library's for the whole test program.
 void* operator new(std::size_t size) { return allocate(size); }
 void* operator new[](std::size_t size) { return allocate(size); }
 void operator delete(void* memory) noexcept { std::free(memory); }
