@@ -123,6 +123,8 @@ protected:
         children_.erase(behind, children_.end());
         children_.shrink_to_fit();
     }
+    /// Destroys all children, and the room that they took; sizes stay.
+    void dropChildren() noexcept { BoxVector<BoxPtr>(children_.get_allocator()).swap(children_); }
     void setExtendedType(const ExtendedType& type) { header_.extendedType = type; }
 
 private:

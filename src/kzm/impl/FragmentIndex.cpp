@@ -21,6 +21,14 @@ const FragmentIndex::Entry* FragmentIndex::entry(std::uint32_t trackId, std::siz
     return &entries[index];
 }
 
+FragmentIndex::Entered FragmentIndex::enter(const Entry& entry) {
+    Entered entered;
+    entered.hold = entry.moof->hold(root_);
+    entered.traf = dynamic_cast<TrafBox*>(entry.moof->child(entry.child));
+    if (entered.traf == nullptr) raise(ErrorCode::childrenMissing);
+    return entered;
+}
+
 std::size_t FragmentIndex::firstHolding(std::uint32_t trackId, std::uint64_t time) {
     catchUp();
     const std::vector<Entry>& entries = tracks_[trackId].entries;
@@ -49,23 +57,26 @@ bool FragmentIndex::readOn() {
 
 void FragmentIndex::catchUp() {
     for (; nextChild_ < root_.childCount(); ++nextChild_) {
-        if (auto* moof = dynamic_cast<MoofBox*>(root_.heldChild(nextChild_))) take(*moof);
+        auto* moof = dynamic_cast<MoofBox*>(root_.heldChild(nextChild_));
+        if (moof == nullptr) continue;
+        newest_ = moof->hold(root_);
+        take(*moof);
     }
 }
 
 void FragmentIndex::take(MoofBox& moof) {
-    const std::uint32_t sequence = moof.mfhd() != nullptr ? moof.mfhd()->sequenceNumber() : 1;
+    Entry entry;
+    entry.moof = &moof;
+    if (moof.mfhd() != nullptr) entry.sequenceNumber = moof.mfhd()->sequenceNumber();
     for (std::size_t i = 0; i < moof.childCount(); ++i) {
-        if (auto* traf = dynamic_cast<TrafBox*>(moof.heldChild(i))) take(*traf, sequence);
+        entry.child = static_cast<std::uint32_t>(i);
+        if (const auto* traf = dynamic_cast<const TrafBox*>(moof.heldChild(i))) take(*traf, entry);
     }
 }
 
-void FragmentIndex::take(TrafBox& traf, std::uint32_t sequenceNumber) {
+void FragmentIndex::take(const TrafBox& traf, Entry entry) {
     if (traf.tfhd() == nullptr) return;
     TrackFragments& track = tracks_[traf.tfhd()->trackId()];
-    Entry entry;
-    entry.traf = &traf;
-    entry.sequenceNumber = sequenceNumber;
     bool hasSamples = false;
     for (std::size_t i = 0; i < traf.childCount(); ++i) {
         const auto* run = dynamic_cast<const TrunBox*>(traf.heldChild(i));

@@ -41,8 +41,14 @@ void FragmentedTrackIterator::enterTraf() {
     position_ = 0;
     child_ = 0;
     const FragmentIndex::Entry* entry = track_.fragments().entry(track_.record().trackId, entry_);
-    fragment_ = entry != nullptr ? *entry : FragmentIndex::Entry();
-    if (entry != nullptr) findRun();
+    if (entry == nullptr) {
+        fragment_ = {};
+        return;
+    }
+    sequenceNumber_ = entry->sequenceNumber;
+    fragment_ = track_.fragments().enter(*entry);
+    // Every entry had samples when it was read first.
+    if (!findRun()) raise(ErrorCode::childrenMissing);
 }
 
 // Takes the run at the child or behind it; answers false when the traf has none left.
@@ -82,7 +88,7 @@ Sample FragmentedTrackIterator::next() {
     sample.handler = track_.record().handler;
     if ((row.flags & (kDependsOnOthers | kIsNoSync)) == 0) sample.flags = kSampleIsSync;
     sample.fileOffset = row.offset;
-    sample.sequenceNumber = fragment_.sequenceNumber;
+    sample.sequenceNumber = sequenceNumber_;
     sample.description = track_.descriptionAt(fragment_.traf->tfhd()->descriptionIndex());
     sample.track = handle_;
     ++position_;

@@ -35,10 +35,11 @@ private:
     const KZMTrack& track_;
     std::uint64_t end_;  // ticks of the media
     std::size_t entry_ = 0;
-    FragmentIndex::Entry fragment_;  // no traf at the end
-    std::size_t child_ = 0;          // of the traf
-    const TrunBox* run_ = nullptr;   // has the current sample; null at the end
-    std::uint32_t position_ = 0;     // in the run
+    std::uint32_t sequenceNumber_ = 0;
+    FragmentIndex::Entered fragment_;  // no traf at the end
+    std::size_t child_ = 0;            // of the traf
+    const TrunBox* run_ = nullptr;     // has the current sample; null at the end
+    std::uint32_t position_ = 0;       // in the run
 };
 
 }  // namespace qlix::kzm::impl

@@ -55,6 +55,21 @@ public:
     /// Reports a tolerable fault. Throws warningRefused when the callback says so.
     void warn(ErrorCode code) const;
 
+    /// While it lives, all warnings are tolerated without a word: what is read again was told of.
+    class Quiet {
+    public:
+        explicit Quiet(QlixKZMStream& stream) : stream_(stream), callback_(stream.callback_) {
+            stream_.callback_ = nullptr;
+        }
+        ~Quiet() { stream_.callback_ = callback_; }
+        Quiet(const Quiet&) = delete;
+        Quiet& operator=(const Quiet&) = delete;
+
+    private:
+        QlixKZMStream& stream_;
+        WarningCallback callback_;
+    };
+
 protected:
     /// Measures the size; the position stays.
     virtual std::uint64_t measureSize();

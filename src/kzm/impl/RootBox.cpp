@@ -7,6 +7,21 @@
 #include "kzm/impl/UuidBox.h"
 
 namespace qlix::kzm::impl {
+namespace {
+
+/// Sets a flag as long as it lives.
+class Flagged {
+public:
+    explicit Flagged(bool& flag) : flag_(flag) { flag_ = true; }
+    ~Flagged() { flag_ = false; }
+    Flagged(const Flagged&) = delete;
+    Flagged& operator=(const Flagged&) = delete;
+
+private:
+    bool& flag_;
+};
+
+}  // namespace
 
 RootBox::RootBox(const BoxContext& context, BoxFactory* factory)
     : Box(context, fourCc("root")),
@@ -80,6 +95,17 @@ BoxPtr RootBox::load(const BoxHeader& header) {
     box->loadTree(factory_);
     box->parse(this, true);
     return box;
+}
+
+void RootBox::readAgain(Box& child) {
+    const QlixKZMStream::Quiet quiet(stream());
+    const Flagged flagged(isReadingAgain_);
+    child.loadTree(factory_);
+    child.parse(this, true);
+}
+
+void RootBox::setTrackEnd(std::uint32_t trackId, std::uint64_t ticks) {
+    if (!isReadingAgain_) trackEnds_[trackId] = ticks;
 }
 
 std::uint64_t RootBox::trackEnd(std::uint32_t trackId) const {

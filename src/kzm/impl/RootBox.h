@@ -29,9 +29,13 @@ public:
     /// Null when none was read yet.
     XMPDataBox* xmp() const { return xmp_; }
 
+    /// Reads what is inside a child that was read before and dropped it. That gives no warnings,
+    /// and doesn't count for the ends of tracks.
+    void readAgain(Box& child);
+
     /// Decode time at which the last fragment read of a track ends, 0 for a track without one.
     std::uint64_t trackEnd(std::uint32_t trackId) const;
-    void setTrackEnd(std::uint32_t trackId, std::uint64_t ticks) { trackEnds_[trackId] = ticks; }
+    void setTrackEnd(std::uint32_t trackId, std::uint64_t ticks);
 
 private:
     bool readNext();
@@ -44,6 +48,7 @@ private:
     XMPDataBox* xmp_ = nullptr;
     BoxPtr earlyMoov_;  // found behind a leading moof and not reached yet
     bool isAtEnd_ = false;
+    bool isReadingAgain_ = false;
     std::map<std::uint32_t, std::uint64_t> trackEnds_;
 };
 

@@ -68,7 +68,8 @@ void TrafBox::readChildren(RootBox* root, bool validate) {
     defaults.duration = tfhd_->defaultDuration();
     defaults.size = tfhd_->defaultSize();
     defaults.flags = tfhd_->defaultFlags();
-    std::uint64_t time = startTime(root);
+    if (!startTime_) startTime_ = findStartTime(root);
+    std::uint64_t time = *startTime_;
     for (std::size_t i = 0; i < childCount(); ++i) {
         Box& each = *heldChild(i);
         if (each.type() == tfhd_->type()) continue;
@@ -145,7 +146,7 @@ std::uint64_t TrafBox::baseOffset() const {
 }
 
 /// A track goes on where an earlier `traf` of this `moof`, or its last fragment, ended.
-std::uint64_t TrafBox::startTime(RootBox* root) const {
+std::uint64_t TrafBox::findStartTime(RootBox* root) const {
     const std::uint32_t trackId = tfhd_->trackId();
     if (state_ != nullptr) {
         const auto found = state_->endOfTrack.find(trackId);

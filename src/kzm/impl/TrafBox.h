@@ -47,6 +47,11 @@ public:
     TfhdBox* tfhd() const { return tfhd_; }
     TrunBox* lastRun() const { return lastRun_; }
 
+    /// Decode time of the first sample. Reading finds it by what was read before; once it is set,
+    /// that isn't looked at any more.
+    std::uint64_t startTime() const { return startTime_.value_or(0); }
+    void setStartTime(std::uint64_t ticks) { startTime_ = ticks; }
+
     /// `state` is that of the `moof`; null for a box on its own. Not kept beyond the reading.
     void setFragmentState(FragmentState* state) { state_ = state; }
     /// Reads header and runs, places the samples and gives them their decode times. Runs that
@@ -59,13 +64,14 @@ public:
 private:
     void takeDefaults(RootBox& root);
     std::uint64_t baseOffset() const;
-    std::uint64_t startTime(RootBox* root) const;
+    std::uint64_t findStartTime(RootBox* root) const;
     void joinRuns();
 
     TfhdBox* tfhd_ = nullptr;     // one of the children
     TrunBox* lastRun_ = nullptr;  // one of the children
     std::uint64_t writingBase_ = 0;
-    FragmentState* state_ = nullptr;  // the moof's, while it reads
+    std::optional<std::uint64_t> startTime_;  // of a box that was read
+    FragmentState* state_ = nullptr;          // the moof's, while it reads
 };
 
 }  // namespace qlix::kzm::impl
