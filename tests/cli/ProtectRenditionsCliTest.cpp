@@ -143,6 +143,19 @@ TEST_F(ProtectRenditionsTest, UpdatesAreCountedUp) {
                                                             "mbr_60k_2.drmmeta", "mbr_60k_2.kzd"}));
 }
 
+TEST_F(ProtectRenditionsTest, AnUpdateWarnsOfAnExpiringTransportCertificateToo) {
+    const std::string manifest = packageRenditions(1);
+    CertificateSpec expiring = ProtectionFiles::spec(1);
+    expiring.validUntilSeconds = 29L * 24 * 3600;
+    const std::string transport = files.folder.write("expiring.der", makeCertificate(expiring));
+    const ProcessResult result = packager(
+        withProtection("", {"--update-drm-info", "--manifest-file=" + manifest,
+                            "--transport-cert=" + transport, "--output-path=" + (work / "new")}));
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err.rfind("Orvane Media Server content protection certificates", 0), 0U);
+    EXPECT_EQ(outputs("new"), std::vector<std::string>{"mbr_60k_1.kzd"});
+}
+
 // A refused input leaves the manifest and the output folder as they are.
 TEST_F(ProtectRenditionsTest, ARefusedUpdateWritesNothing) {
     const std::string manifest = packageRenditions(1);

@@ -126,6 +126,17 @@ TEST_F(EncryptedPolicyTest, AudioHeaderComesFromTheClearDescription) {
     EXPECT_EQ(tags[0].slice(11, 4), hex("af00 1210"));
 }
 
+TEST_F(EncryptedPolicyTest, EncryptedAudioWithoutHeadersIsIndexedOnceASecond) {
+    const Segment segment = write(
+        {test::audioTrackOf(fourCc(".mp3"), Bytes())},
+        {messageOf(mp3Frame(0, pattern(9, 2)), 1), messageOf(mp3Frame(26, pattern(9, 2)), 1),
+         messageOf(mp3Frame(1026, pattern(9, 2)), 1), messageOf(mp3Frame(1052, pattern(9, 2)), 1)});
+    EXPECT_EQ(typesOf(tagsOf(segment)), (std::vector<int>{40, 40, 40, 40}));
+    const auto& rows = segment.fragments.at(0).afra.local;
+    ASSERT_EQ(rows.size(), 1U);
+    EXPECT_EQ(rows[0].time, 1026U);
+}
+
 TEST_F(EncryptedPolicyTest, GoesByTheFirstDescriptionsItWasEverToldOf) {
     write({test::videoTrackOf(fourCc("avc1"), hex("00000009 61766343 aa")),
            test::audioTrackOf(fourCc(".mp3"), Bytes())},
@@ -169,6 +180,20 @@ TEST_F(EncryptedPolicyTest, DescriptionsArePutUnderTheirProtectedFormats) {
     // The extra data of a data track isn't carried.
     EXPECT_TRUE(
         holds(*segment.track("meta"), text("encr") + hex("000000000000 0001") + sinf("amf0")));
+}
+
+// The data form of a track: room for ten descriptions where no count is known.
+TEST_F(EncryptedPolicyTest, ADataTrackWithoutACountHasRoomForTenDescriptions) {
+    const auto sizeWithCount = [&](std::uint32_t count) {
+        const auto track = test::dataTrackOf(fourCc("amf0"), Bytes());
+        track->descriptionCount = count;
+        test::FixedSource source({track});
+        kz::test::MemoryStream stream;
+        { KZSMediaWriter writer(context, policy(), source, stream); }
+        return kz::test::readSegment(stream.content).track("meta")->descriptions.size();
+    };
+    EXPECT_EQ(sizeWithCount(0), sizeWithCount(10));
+    EXPECT_LT(sizeWithCount(1), sizeWithCount(10));
 }
 
 TEST_F(EncryptedPolicyTest, IsAvcIsFalseForEverySample) {

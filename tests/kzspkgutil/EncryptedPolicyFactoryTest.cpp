@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include "ProtectionFixture.h"
@@ -61,6 +63,16 @@ TEST_F(EncryptedPolicyFactoryTest, KindOneCarriesAStreamingRecord) {
         0418 68747470733a2f2f6c6963656e73652e6578616d706c652f 040170 3000
         3021 301f 020109 0416 322e31362e3834302e312e3130312e332e342e322e31 0402abcd
         300c 300a a003040161 a203040163)"));
+}
+
+TEST_F(EncryptedPolicyFactoryTest, TheSecondCredentialSignsTheStreamingRecord) {
+    encryption.second = encryption.packagerCredential();
+    const Bytes record = encryption.open(make(1)->metadata()).extras.at(0);
+    // A CMS message of signed data, with the record inside: its one extra certificate, then no
+    // digest and no text.
+    EXPECT_EQ(record.slice(4, 11), hex("0609 2a864886f70d010702"));
+    const Bytes end = hex("3022 0420") + encryption.transportFingerprint() + hex("3000 3000");
+    EXPECT_NE(std::search(record.begin(), record.end(), end.begin(), end.end()), record.end());
 }
 
 TEST_F(EncryptedPolicyFactoryTest, FlagsOfTheContextReachTheMetadata) {

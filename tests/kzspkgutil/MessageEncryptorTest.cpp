@@ -153,6 +153,20 @@ TEST_F(MessageEncryptorTest, TimesBelowTheStartOfProtectionStayClear) {
     EXPECT_EQ(encrypted(message(9, 1500, hex("1701000000"), fill(3, 7))).getTag()[0], 41);
 }
 
+TEST_F(MessageEncryptorTest, TheTimeOfTheSampleDecidesNotThatOfTheMessage) {
+    use({1, 1, 1, 2, 1500});
+    const auto typeAt = [&](std::uint64_t sampleMs, std::uint64_t messageMs) -> int {
+        const TCMessage clear = message(9, 0, hex("1701000000"), fill(3, 7));
+        const TCMessage other(kzs::milliseconds(sampleMs), kzs::milliseconds(messageMs),
+                              clear.getTagSize(), clear.getBlock(),
+                              clear.getBlock()->data() + clear.getSampleDataOffset(),
+                              clear.getSampleDataSize());
+        return encrypted(other).getTag()[0];
+    };
+    EXPECT_EQ(typeAt(1499, 1500), 9);
+    EXPECT_EQ(typeAt(1500, 1499), 41);
+}
+
 TEST_F(MessageEncryptorTest, SecondByteOfAVp6HeaderIsEncrypted) {
     for (const int first : {0x14, 0x24, 0x15, 0x25}) {
         const Bytes header = u8(static_cast<std::uint64_t>(first)) + hex("5a");

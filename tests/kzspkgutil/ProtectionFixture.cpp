@@ -24,7 +24,9 @@ FixedEncryptorContext::FixedEncryptorContext() : serverDer_(certificate(2)) {
     const auto key = kz::test::hex("000102030405060708090a0b0c0d0e0f");
     key_.assign(key.begin(), key.end());
     const hlx::DRMRegistration registration;
-    transport_ = registration.certificate(certificate(1));
+    const kz::test::Bytes transportDer = certificate(1);
+    transportFingerprint_ = kz::test::sha256(transportDer);
+    transport_ = registration.certificate(transportDer);
     server_ = registration.certificate(serverDer_);
     const auto pfx = kz::test::makePfx(kz::test::testKey(KeyKind::p256, 3), certificate(3));
     packager_ = registration.credential(hlx::SecretBytes(pfx.begin(), pfx.end()), "secret");

@@ -44,6 +44,9 @@ public:
     /// What the license server reads in metadata made for this context.
     kz::test::OpenedMetadata open(const Blob& metadata) const;
 
+    /// SHA-256 of the transport certificate.
+    kz::test::Bytes transportFingerprint() const { return transportFingerprint_; }
+
     std::uint32_t contextKind = 0;
     hlx::EncryptionFlags flags = {1, 1, 1, 2, 0};
     QlixHLXCredential* second = nullptr;  ///< with it there is one extra certificate
@@ -54,6 +57,7 @@ private:
     hlx::SecretBytes key_;
     Bytes policy_ = {'p'};
     kz::test::Bytes serverDer_;
+    kz::test::Bytes transportFingerprint_;
     QlixHLXCertificate* transport_ = nullptr;
     QlixHLXCertificate* server_ = nullptr;
     QlixHLXCredential* packager_ = nullptr;
