@@ -132,7 +132,7 @@ void KZSMediaWriter::setBootstrap(const std::uint8_t* bootstrap, std::uint64_t s
     writer_.setBootstrap(bootstrap_.data(), size, nullptr, keepBuffer);
 }
 
-FragmentPosition KZSMediaWriter::writeUpTo(MessageList messages, const Timestamp& endTime,
+FragmentPosition KZSMediaWriter::writeUpTo(MessageList&& messages, const Timestamp& endTime,
                                            const std::uint8_t* bootstrap,
                                            std::uint64_t bootstrapSize) {
     const auto end = std::find_if(messages.begin(), messages.end(), [&](const TCMessage& message) {

@@ -30,7 +30,7 @@ public:
     /// The position is that of the fragment which this call completes; the next one is open when
     /// it returns. When no message stands in front of `endTime`, nothing is written, the bootstrap
     /// is dropped, and the position is where the next fragment will lie.
-    FragmentPosition writeUpTo(MessageList messages, const Timestamp& endTime,
+    FragmentPosition writeUpTo(MessageList&& messages, const Timestamp& endTime,
                                const std::uint8_t* bootstrap, std::uint64_t bootstrapSize) override;
     /// Brings all that was written to the file, so that a failure shows. The writer stays usable.
     void flush();

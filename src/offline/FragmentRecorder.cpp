@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <numeric>
 #include <sstream>
+#include <utility>
 
 #include "kzs/BootstrapWriter.h"
 #include "kzs/Rendition.h"
@@ -171,21 +172,21 @@ void FragmentRecorder::recordGap(const FragmentEvent& event) {
 std::uint64_t FragmentRecorder::writePending(const Timestamp& cutTime) {
     const std::string primed = primedBootstrap(rendition_);
     const auto* bootstrap = reinterpret_cast<const std::uint8_t*>(primed.data()) + 1;
+    gatherOutgoing(cutTime);
     const auto position =
-        writer_.writeUpTo(messagesFor(cutTime), cutTime, bootstrap, primed.size() - 1);
+        writer_.writeUpTo(std::move(outgoing_), cutTime, bootstrap, primed.size() - 1);
+    outgoing_.clear();
     ++fragmentsWritten_;
     return position.offset;
 }
 
-kzspkgutil::MessageList FragmentRecorder::messagesFor(const Timestamp& cutTime) {
+void FragmentRecorder::gatherOutgoing(const Timestamp& cutTime) {
     const auto firstKept = firstKeptAt(cutTime);
-    kzspkgutil::MessageList messages;
-    messages.reserve(pending_.size());
+    outgoing_.reserve(pending_.size());
     for (auto message = pending_.begin(); message != firstKept; ++message) {
-        messages.push_back(message->takeImage());
+        outgoing_.push_back(message->takeImage());
     }
-    messages.insert(messages.end(), firstKept, pending_.end());
-    return messages;
+    outgoing_.insert(outgoing_.end(), firstKept, pending_.end());
 }
 
 void FragmentRecorder::appendEntry(const FragmentEvent& event, std::uint64_t afraOffset) {

@@ -68,7 +68,7 @@ private:
     void writeIndexFile();
     void appendEntry(const kzs::FragmentEvent& event, std::uint64_t afraOffset);
     /// All that wait; those that a cut drops hand over their bytes.
-    kzspkgutil::MessageList messagesFor(const kzs::Timestamp& cutTime);
+    void gatherOutgoing(const kzs::Timestamp& cutTime);
     /// The first that a cut leaves in the list.
     kzspkgutil::MessageList::iterator firstKeptAt(const kzs::Timestamp& cutTime);
     void prunePending(const kzs::Timestamp& cutTime);
@@ -80,6 +80,7 @@ private:
     kzs::AfraIndex index_;
     IndexFile indexFile_;
     kzspkgutil::MessageList pending_;
+    kzspkgutil::MessageList outgoing_;  // empty between two fragments, kept for its room
     std::uint64_t fragmentsWritten_ = 0;
     std::uint64_t prunedBytes_ = 0;
     kzs::FragmentEvent keptEvent_;           // the last SpanStart

@@ -31,7 +31,7 @@ SegmentWriter::SegmentWriter(const std::string& baseName, const std::string& out
 
 SegmentWriter::~SegmentWriter() = default;
 
-kzspkgutil::FragmentPosition SegmentWriter::writeUpTo(kzspkgutil::MessageList messages,
+kzspkgutil::FragmentPosition SegmentWriter::writeUpTo(kzspkgutil::MessageList&& messages,
                                                       const kzspkgutil::Timestamp& endTime,
                                                       const std::uint8_t* bootstrap,
                                                       std::uint64_t bootstrapSize) {

@@ -34,7 +34,7 @@ public:
                   const kzspkgutil::IMediaProperties& properties, const std::string& inputPath);
     ~SegmentWriter() override;
 
-    kzspkgutil::FragmentPosition writeUpTo(kzspkgutil::MessageList messages,
+    kzspkgutil::FragmentPosition writeUpTo(kzspkgutil::MessageList&& messages,
                                            const kzspkgutil::Timestamp& endTime,
                                            const std::uint8_t* bootstrap,
                                            std::uint64_t bootstrapSize) override;

@@ -49,7 +49,7 @@ protected:
         {
             KZSMediaWriter writer(context, policy(), source, stream);
             const Bytes bootstrap = raw({1, 2, 3});
-            writer.writeUpTo(messages, kzs::milliseconds(100000), bootstrap.data(),
+            writer.writeUpTo(MessageList(messages), kzs::milliseconds(100000), bootstrap.data(),
                              bootstrap.size());
             writer.finishWriter();
         }

@@ -107,7 +107,7 @@ protected:
     Calls write(const MessageList& messages) {
         policy_.calls.clear();
         const Bytes bootstrap = raw({1});
-        writer_->writeUpTo(messages, kzs::milliseconds(1000000), bootstrap.data(),
+        writer_->writeUpTo(MessageList(messages), kzs::milliseconds(1000000), bootstrap.data(),
                            bootstrap.size());
         return policy_.calls;
     }

@@ -19,7 +19,7 @@ using kzspkgutil::TCMessage;
 /// A segment file in memory: each fragment is the list of its message times.
 class Output final : public kzspkgutil::IMediaWriter, public ISegmenter {
 public:
-    kzspkgutil::FragmentPosition writeUpTo(kzspkgutil::MessageList messages,
+    kzspkgutil::FragmentPosition writeUpTo(kzspkgutil::MessageList&& messages,
                                            const kzs::Timestamp& endTime, const std::uint8_t*,
                                            std::uint64_t) override {
         fragments.emplace_back();

@@ -23,7 +23,7 @@ constexpr std::uint32_t kF = 4000;
 /// Writes nothing; notes what it is asked, and gives out offsets 1000, 2000, ...
 class Output final : public kzspkgutil::IMediaWriter, public ISegmenter {
 public:
-    kzspkgutil::FragmentPosition writeUpTo(kzspkgutil::MessageList messages,
+    kzspkgutil::FragmentPosition writeUpTo(kzspkgutil::MessageList&& messages,
                                            const kzs::Timestamp& endTime,
                                            const std::uint8_t* bootstrap,
                                            std::uint64_t bootstrapSize) override {

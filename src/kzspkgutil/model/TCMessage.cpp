@@ -21,8 +21,7 @@ TCMessage::TCMessage(const Timestamp& sampleTime, const Timestamp& messageTime,
 }
 
 TCMessage TCMessage::takeImage() {
-    TCMessage taken = *this;
-    block_.reset();
+    TCMessage taken = std::move(*this);
     sampleData_ = nullptr;
     sampleDataSize_ = 0;
     return taken;
