@@ -59,14 +59,17 @@ Bytes track(std::uint32_t id, const std::string& handler, std::uint32_t timescal
                mdia);
 }
 
-/// Video at 100 ticks a second and audio at 1000, in a movie of 60 s.
-Bytes clip(const std::vector<Sample>& video, const std::vector<Sample>& audio) {
+/// Video at 100 ticks a second, audio and messages at 1000, in a movie of 60 s.
+Bytes clip(const std::vector<Sample>& video, const std::vector<Sample>& audio,
+           const std::vector<Sample>& messages = {}) {
     const Bytes ftyp = box("ftyp", text("isom"), u32(0), text("isom"));
     Bytes data;
     const std::uint64_t videoAt = ftyp.size() + 8;
     for (const Sample& sample : video) data += sample.data;
     const std::uint64_t audioAt = videoAt + data.size();
     for (const Sample& sample : audio) data += sample.data;
+    const std::uint64_t messagesAt = ftyp.size() + 8 + data.size();
+    for (const Sample& sample : messages) data += sample.data;
 
     const Bytes videoEntry = box("s263", fill(6, 0), u16(1), fill(70, 0));
     const Bytes audioEntry = box("samr", fill(6, 0), u16(1), fill(20, 0));
@@ -76,6 +79,10 @@ Bytes clip(const std::vector<Sample>& video, const std::vector<Sample>& audio) {
     Bytes tracks;
     if (!video.empty()) tracks += track(1, "vide", 100, videoEntry, video, videoAt);
     if (!audio.empty()) tracks += track(2, "soun", 1000, audioEntry, audio, audioAt);
+    if (!messages.empty()) {
+        const Bytes entry = box("mett", fill(6, 0), u16(1));
+        tracks += track(3, "meta", 1000, entry, messages, messagesAt);
+    }
     return ftyp + box("mdat", data) + box("moov", mvhd, tracks);
 }
 
@@ -108,6 +115,15 @@ TEST(SampleDumpCliTest, SamplesArePrintedUnderTheNumberOfTheFragmentThatHoldsThe
         line(1, 0, "video", 3, "key", "0 17 1 ab") + line(1, 0, "audio", 2, "normal", "0 0 10") +
             line(1, 3000, "video", 20, "normal", "0 0 7 e 15 1c 23 2a 31 38 3f 46 4d 54 5b 62 69") +
             line(1, 4000, "audio", 1, "normal", "0 9") + line(2, 4500, "video", 1, "key", "0 ff"));
+}
+
+TEST(SampleDumpCliTest, MessagesAreData) {
+    const TempDir folder;
+    const ProcessResult result = dump(folder, clip({{raw({1}), 300, true}, {raw({2}), 100, true}},
+                                                   {}, {{raw({3, 4}), 1000, false}}));
+    EXPECT_EQ(result.status, 0);
+    EXPECT_NE(result.out.find(line(1, 0, "data", 2, "normal", "0 3 4")), std::string::npos)
+        << result.out;
 }
 
 TEST(SampleDumpCliTest, EveryClosingEventEndsAPrintedFragment) {

@@ -3,10 +3,24 @@
 #include <gtest/gtest.h>
 
 #include "hlx/HLXException.h"
+#include "hlx/Sizes.h"
 #include "hlx/Tables.h"
 
 namespace hlx {
 namespace {
+
+TEST(HLXExceptionTest, TellsItsNumber) {
+    EXPECT_STREQ(HLXException(7).what(), "encryption library error 7");
+}
+
+TEST(SizeOfTest, RefusesWhatDoesntFitIntoTheNumbersOfTheLibrary) {
+    struct Claim {
+        std::uint64_t size() const { return bytes; }
+        std::uint64_t bytes;
+    };
+    EXPECT_EQ(sizeOf(Claim{0xFFFFFFFF}), 0xFFFFFFFFU);
+    EXPECT_THROW(sizeOf(Claim{0x100000000}), HLXException);
+}
 
 TEST(HLXExceptionTest, ZeroIsSuccess) { EXPECT_NO_THROW(checkResult(0)); }
 

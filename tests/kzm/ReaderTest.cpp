@@ -39,6 +39,12 @@ TEST(PeekTypeTest, AnswersZeroForFewerThanEightBytes) {
     EXPECT_FALSE(stream.isOpen);
 }
 
+TEST(PeekTypeTest, AnswersAlsoWhereTheStreamCantBeClosed) {
+    MemoryStream stream(twoTracks().build());
+    stream.closeFails = true;
+    EXPECT_EQ(peekType(stream), fourCc("ftyp"));
+}
+
 TEST(PeekTypeTest, ReadsPieceByPieceAndClosesAfterAFailure) {
     MemoryStream pieces(text("0000moov"));
     pieces.mostPerRead = 3;
@@ -277,6 +283,16 @@ TEST(ReaderTest, RefusesTheBytesOfASampleInFrontOfTheMediaData) {
     Sample sample = open.samples().front();
     sample.fileOffset = 8;
     EXPECT_EQ(codeThrownBy([&] { open.dataOf(sample); }), 1030U);
+}
+
+TEST(ReaderTest, ReadsTheBytesOfASampleOnceMoreAfterAFailure) {
+    OpenIso open(twoTracks());
+    const Sample sample = open.samples().front();
+    const Bytes expected = OpenIso(twoTracks()).dataOf(sample);
+    open.memory.failAtCall = open.memory.calls;
+    open.memory.failure = 3;
+    EXPECT_EQ(codeThrownBy([&] { open.dataOf(sample); }), 3U);
+    EXPECT_EQ(open.dataOf(sample), expected);
 }
 
 TEST(ReaderTest, RefusesTheBytesOfASampleBehindTheEnd) {

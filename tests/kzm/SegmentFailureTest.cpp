@@ -325,6 +325,18 @@ TEST(SegmentFailureTest, AFullDiskAtTheCloseIsThrownAndTheStreamIsClosed) {
     EXPECT_EQ(test.pool.released.size(), test.pool.given());
 }
 
+TEST(SegmentFailureTest, OfAFullDiskAndAFailedCloseTheFirstIsThrown) {
+    SegmentDriver test;
+    const std::uint64_t start = test.writer.startFragment();
+    test.stream.capacity = start + 100;
+    test.stream.closeFails = true;
+    test.video(0, pattern(1000, 1), 1);
+    EXPECT_EQ(failureOf([&] { test.writer.close(); }), 1024U);
+    EXPECT_FALSE(test.stream.isOpen);
+    EXPECT_EQ(test.stream.references, 0);
+    EXPECT_EQ(test.pool.released.size(), test.pool.given());
+}
+
 TEST(SegmentFailureTest, AFullDiskIsSwallowedWhenTheWriterGoes) {
     SamplePool pool;
     {

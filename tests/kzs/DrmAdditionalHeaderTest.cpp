@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <fstream>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -118,6 +119,14 @@ TEST(DrmAdditionalHeaderTest, AFailedStreamThrowsAndGetsItsSettingBack) {
     std::ostream broken(nullptr);
     EXPECT_THROW(writeDrmAdditionalHeader(DrmAdditionalHeader(), broken), std::ios::failure);
     EXPECT_EQ(broken.exceptions(), std::ios::goodbit);
+}
+
+TEST(DrmAdditionalHeaderTest, AStreamThatThrowsByItselfKeepsItsSettingToo) {
+    std::filebuf unopened;
+    std::ostream stream(&unopened);
+    stream.exceptions(std::ios::badbit);
+    EXPECT_THROW(writeDrmAdditionalHeader(DrmAdditionalHeader(), stream), std::ios::failure);
+    EXPECT_EQ(stream.exceptions(), std::ios::badbit);
 }
 
 }  // namespace

@@ -107,6 +107,10 @@ TEST(AudioSpecificConfigTest, IsFoundBehindABareStreamId) {
     EXPECT_EQ(bytesOf(findAudioSpecificConfig(esds)), hex("1390"));
 }
 
+TEST(AudioSpecificConfigTest, IsNothingWhereTheStreamIdIsCut) {
+    EXPECT_EQ(findAudioSpecificConfig(hex("0000000e 65736473 00000000 00 00")).size, 0U);
+}
+
 TEST(AudioSpecificConfigTest, IsNothingWithoutTag5) {
     EXPECT_EQ(findAudioSpecificConfig(shortEsds().patched(32, raw({6}))).size, 0U);
 }

@@ -235,6 +235,19 @@ TEST(QlixFLVInterfaceTest, RefusesAStreamThatClaimsToHaveReadMoreThanItWasAskedF
     EXPECT_EQ(reader, nullptr);
 }
 
+TEST(QlixFLVInterfaceTest, RefusesAStreamThatCantGoBackToItsStart) {
+    FlvFixture file(flvFile({mp3Frame(0, raw({1}))}));
+    QlixFLVInputStreamCallBacks input = file.stream.callBacks();
+    const QlixFLVAllocatorCallBacks memory = file.allocator.callBacks();
+    static const auto kSeek = input.seek;
+    input.seek = [](void* context, std::int64_t offset, std::uint32_t whence) {
+        return whence == 0 ? 1U : kSeek(context, offset, whence);
+    };
+    QlixFLVReader* reader = nullptr;
+    EXPECT_EQ(QlixFLVDocOpenForRead(&input, &memory, &reader), 5U);
+    EXPECT_EQ(reader, nullptr);
+}
+
 TEST(QlixFLVInterfaceTest, GoesOnBehindShortReads) {
     const FlvTag tag = mp3Frame(0, pattern(1000, 3));
     FlvFixture file(flvFile({tag}));

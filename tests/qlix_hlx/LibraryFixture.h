@@ -60,10 +60,11 @@ protected:
         return registration->credentialFromBytes(nullptr, pfx.data(), sizeOf(pfx), password.data(),
                                                  static_cast<std::uint32_t>(password.size()), out);
     }
-    QlixHLXCredential* makeCredential(const kz::test::CertificateSpec& spec) const {
+    QlixHLXCredential* makeCredential(const kz::test::CertificateSpec& spec,
+                                      const kz::test::PfxSpec& pfxSpec = {}) const {
         QlixHLXCredential* credential = nullptr;
         const Bytes pfx = kz::test::makePfx(kz::test::testKey(spec.key, spec.keyNumber),
-                                            kz::test::makeCertificate(spec));
+                                            kz::test::makeCertificate(spec), pfxSpec);
         EXPECT_EQ(readCredential(pfx, "secret", &credential), HLX_OK);
         return credential;
     }

@@ -24,6 +24,7 @@ protected:
         std::string url = "https://license.example/";
         CertificateSpec server = spec(KeyKind::rsa2048, 2);
         CertificateSpec packager = spec(KeyKind::p256, 3);
+        kz::test::PfxSpec packagerFile;
         Bytes policy = text("<policy/>");
         std::uint32_t standalone = 1;
         const HLXBlobArray* extras = nullptr;
@@ -46,7 +47,7 @@ protected:
         EXPECT_EQ(readCertificate(serverCertificate, &server), HLX_OK);
         QlixHLXCertificate* transport = nullptr;
         EXPECT_EQ(readCertificate(transportCertificate, &transport), HLX_OK);
-        QlixHLXCredential* credential = makeCredential(request.packager);
+        QlixHLXCredential* credential = makeCredential(request.packager, request.packagerFile);
         const HLXBlob blob{request.policy.data(), sizeOf(request.policy)};
         const HLXBlobArray policies{&blob, 1};
         QlixHLXMetadata* metadata = nullptr;
@@ -99,6 +100,20 @@ TEST_F(MetadataTest, LicenseServerReadsAllOfTheRecord) {
             EXPECT_TRUE(opened.extras.empty());
         }
     }
+}
+
+TEST_F(MetadataTest, CertificatesBehindThePackagersOwnTravelWithItsSignature) {
+    Request request;
+    Bytes alone;
+    ASSERT_EQ(generate(request, &alone), HLX_OK);
+    request.packagerFile.chain = {transportCertificate};
+    Bytes accompanied;
+    ASSERT_EQ(generate(request, &accompanied), HLX_OK);
+    EXPECT_EQ(openMetadata(accompanied, testKey(KeyKind::rsa2048, 2), serverCertificate).contentId,
+              "movie7");
+    // Signatures differ by some bytes in length.
+    const auto more = static_cast<double>(accompanied.size()) - static_cast<double>(alone.size());
+    EXPECT_NEAR(more, static_cast<double>(transportCertificate.size()), 16);
 }
 
 TEST_F(MetadataTest, KeyTravelsByOaepWithSha256) {
@@ -256,6 +271,9 @@ TEST_F(StreamingTest, EntriesWithoutTextOrWithAnotherDigestAreRefused) {
     const HLXDigestEntry digestEntry{9, "1.3.14.3.2.26", 13, &blob, nullptr};
     const HLXDigestList digests{&digestEntry, 1};
     EXPECT_EQ(prepare(&digests, nullptr, nullptr, nullptr, &record), HLX_ERROR_UNKNOWN_DIGEST);
+    const HLXDigestEntry withoutDigest{9, "1.3.14.3.2.26", 13, nullptr, nullptr};
+    const HLXDigestList incomplete{&withoutDigest, 1};
+    EXPECT_EQ(prepare(&incomplete, nullptr, nullptr, nullptr, &record), HLX_ERROR_BAD_ARGUMENT);
 }
 
 }  // namespace

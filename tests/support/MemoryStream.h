@@ -30,7 +30,10 @@ public:
         isOpen = true;
         position = 0;
     }
-    void close() override { isOpen = false; }
+    void close() override {
+        isOpen = false;
+        if (closeFails) throw qlix::kzm::Exception(failure);
+    }
 
     std::uint64_t read(void* buffer, std::uint64_t wanted) override {
         count();
@@ -86,6 +89,7 @@ public:
     std::uint64_t mostPerWrite = kNever;
     std::uint64_t capacity = kNever;
     std::uint64_t failAtCall = kNever;
+    bool closeFails = false;
     std::uint32_t failure = 1;
 
     std::uint64_t calls = 0;

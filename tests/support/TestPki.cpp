@@ -195,6 +195,9 @@ Bytes makePfx(const TestKey& key, const Bytes& certificate, const PfxSpec& spec)
     OSSL_LIB_CTX* context = legacyContext();
     if (spec.withCertificate) {
         must(PKCS12_add_cert(&certificateBags, parsed.get()));
+        for (const Bytes& further : spec.chain) {
+            must(PKCS12_add_cert(&certificateBags, parseCertificate(further).get()));
+        }
         must(PKCS12_add_safe_ex(&safes, certificateBags, nid, PKCS12_DEFAULT_ITER, password,
                                 context, nullptr));
         if (spec.claimedCertificateRounds != 0) {

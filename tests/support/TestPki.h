@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <openssl/types.h>
 
@@ -44,6 +45,7 @@ struct PfxSpec {
     long claimedKeyRounds = 0;
     long claimedCertificateRounds = 0;
     bool claimScrypt = false;  ///< the key is said to take hours of it
+    std::vector<Bytes> chain;  ///< certificates that stand behind the first
 };
 
 /// A PFX of the key and `certificate`, which need not belong together.

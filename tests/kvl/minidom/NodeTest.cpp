@@ -119,6 +119,12 @@ TEST_F(NodeTest, ReplacesAChild) {
     EXPECT_EQ(codeOf([&] { root->replaceChild(make("m"), b); }), 8);
 }
 
+TEST(DOMExceptionTest, SaysWhatItsNumberMeans) {
+    const DOMExceptionImpl failure(DOMException::kNotFound);
+    EXPECT_EQ(failure.code(), 8);
+    EXPECT_STREQ(failure.what(), "DOM node not found");
+}
+
 TEST_F(NodeTest, MovesAChildThatReplacesAnother) {
     EXPECT_EQ(root->replaceChild(c, a), c);
     EXPECT_EQ(outline(*root), "{}r({}c {}b)");

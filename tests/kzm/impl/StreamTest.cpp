@@ -1,3 +1,5 @@
+#include <new>
+
 #include <gtest/gtest.h>
 
 #include "kzm/impl/BoxSupport.h"
@@ -195,6 +197,17 @@ TEST(QlixKZMIOStreamTest, ThrowsWriteFailedWhenTheStreamThrowsWhileWriting) {
     EXPECT_EQ(codeOf([&] { file.stream.flush(); }), 0U);  // what failed is dropped
     file.memory.failAtCall = file.memory.calls;
     EXPECT_EQ(codeOf([&] { file.stream.truncate(1); }), 1024U);
+}
+
+TEST(QlixKZMIOStreamTest, ALackOfMemoryWhileWritingStaysOne) {
+    struct PoorStream : MemoryStream {
+        std::uint64_t write(const void*, std::uint64_t) override { throw std::bad_alloc(); }
+    };
+    PoorStream memory;
+    QlixKZMIOStream stream(&memory);
+    stream.open();
+    stream.write("abc", 3);
+    EXPECT_THROW(stream.flush(), std::bad_alloc);
 }
 
 TEST(QlixKZMIOStreamTest, PassesOnTheNumberOfAFailedSeek) {
