@@ -10,7 +10,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 seconds=600
 short=false
 case "${1:-}" in
-    --short) short=true; seconds=110 ;;
+    --short) short=true; seconds=135 ;;
     '') ;;
     *[!0-9]*) echo "usage: $0 [SECONDS] | --short" >&2; exit 2 ;;
     *) seconds=$1 ;;
