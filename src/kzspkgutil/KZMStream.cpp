@@ -67,13 +67,15 @@ std::uint64_t KZMStream::write(const void* buffer, std::uint64_t count) {
 std::uint64_t KZMStream::writeParts(const qlix::kzm::WritePart* parts, std::size_t count) {
     std::array<iovec, kMostParts> pieces;
     const std::size_t most = std::min(count, pieces.size());
-    for (std::size_t i = 0; i < most; ++i) {
+    std::size_t used = 0;
+    for (std::uint64_t bytes = 0; used < most && bytes < kEnoughBytes; ++used) {
         // The system's type is for reading too; nothing is written to these.
-        pieces[i].iov_base = const_cast<void*>(parts[i].data);
-        pieces[i].iov_len = static_cast<std::size_t>(parts[i].size);
+        pieces[used].iov_base = const_cast<void*>(parts[used].data);
+        pieces[used].iov_len = static_cast<std::size_t>(parts[used].size);
+        bytes += parts[used].size;
     }
     return translatedWriting(
-        [&] { return file_.writePieces(pieces.data(), static_cast<int>(most)); });
+        [&] { return file_.writePieces(pieces.data(), static_cast<int>(used)); });
 }
 
 void KZMStream::truncate(std::uint64_t size) {

@@ -19,6 +19,10 @@ namespace torvo::kzspkgutil {
 /// whatever the cause.
 class KZMStream final : public qlix::kzm::QlixIOStream, public qlix::kzm::QlixGatherStream {
 public:
+    /// Parts behind this many bytes wait for the next call. For megabytes at a time systems look
+    /// for large pieces of memory that lie together, which takes longer than writing.
+    static constexpr std::uint64_t kEnoughBytes = 256 * 1024;
+
     /// `openFlags` as for kzs::FileStream. Opens nothing yet.
     KZMStream(const std::string& path, std::uint32_t openFlags);
 
@@ -33,6 +37,7 @@ public:
     std::uint64_t seek(std::int64_t offset, int origin) override;
     std::uint64_t tell() override;
     std::uint64_t write(const void* buffer, std::uint64_t count) override;
+    /// Takes at least one part that isn't empty, and no further one once it has kEnoughBytes.
     std::uint64_t writeParts(const qlix::kzm::WritePart* parts, std::size_t count) override;
     void truncate(std::uint64_t size) override;
 

@@ -65,6 +65,19 @@ TEST_F(KZMStreamTest, WritesPartsInTheirOrder) {
     EXPECT_EQ(kz::test::readFile(folder_ / "out"), kz::test::u8(0) + text("abcdefab"));
 }
 
+TEST_F(KZMStreamTest, TakesNoFurtherPartBehindAQuarterOfAMegabyte) {
+    KZMStream stream(folder_ / "out", kzs::openFlagsFor(true, false));
+    stream.open();
+    const Bytes large = kz::test::pattern(262144, 1);
+    const qlix::kzm::WritePart parts[] = {{"a", 1}, {large.data(), 262143}, {"b", 1}};
+    EXPECT_EQ(stream.writeParts(parts, 3), 262144U);
+    EXPECT_EQ(stream.writeParts(parts + 2, 1), 1U);
+    const qlix::kzm::WritePart whole[] = {{large.data(), 262144}, {"c", 1}};
+    EXPECT_EQ(stream.writeParts(whole, 2), 262144U);
+    const qlix::kzm::WritePart small[] = {{large.data(), 262143}, {"d", 1}, {"e", 1}};
+    EXPECT_EQ(stream.writeParts(small, 3), 262144U) << "one byte was missing";
+}
+
 TEST_F(KZMStreamTest, PartsThatCantBeWrittenAreWriteFailed) {
     KZMStream stream(input_, kzs::openFlagsFor(false, false));
     stream.open();
