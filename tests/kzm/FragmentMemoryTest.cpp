@@ -192,8 +192,7 @@ TEST(FragmentMemoryTest, ARunThatLostItsSamplesMeanwhileFailsTheWalk) {
     OpenIso open(fragmentedTracks(1000, 1));
     EXPECT_EQ(open.samples().size(), 2000U);
     Bytes& bytes = open.memory.content;
-    std::size_t trun = 0;
-    while (bytes.slice(trun, 4) != text("trun")) ++trun;
+    const std::size_t trun = bytes.find("trun");
     bytes = bytes.patched(trun + 8, u32(0));
     EXPECT_EQ(codeThrownBy([&] { open.samples(); }), 14U);
 }

@@ -122,8 +122,7 @@ TEST(TrackIteratorTest, KeepsSamplesOfNoDuration) {
 TEST(TrackIteratorTest, EndsWhereTheSizesDo) {
     IsoFile file = oneTrack(3);
     Bytes bytes = file.build();
-    std::size_t stsz = 0;
-    while (bytes.slice(stsz, 4) != text("stsz")) ++stsz;
+    const std::size_t stsz = bytes.find("stsz");
     EXPECT_EQ(timesOf(OpenIso(bytes.patched(stsz + 12, u32(2))).samples()), "0k 40");
 }
 
@@ -131,8 +130,7 @@ TEST(TrackIteratorTest, GoesOnInTheFileWhereChunkOffsetsRunOut) {
     IsoFile file = oneTrack(6);
     file.tracks[0].samplesPerChunk = 2;
     Bytes bytes = file.build();
-    std::size_t stco = 0;
-    while (bytes.slice(stco, 4) != text("stco")) ++stco;
+    const std::size_t stco = bytes.find("stco");
     const OpenIso open(bytes.patched(stco + 8, u32(1)));
     const std::vector<Sample> samples = open.samples();
     ASSERT_EQ(samples.size(), 6U);
@@ -238,16 +236,14 @@ TEST(FragmentedTrackIteratorTest, ReadsOnlyAsFarAsItIsAsked) {
 TEST(FragmentedTrackIteratorTest, PassesOverEmptyRuns) {
     IsoFile file = fragmented(2, 2);
     Bytes bytes = file.build();
-    std::size_t trun = 0;
-    while (bytes.slice(trun, 4) != text("trun")) ++trun;
+    const std::size_t trun = bytes.find("trun");
     EXPECT_EQ(timesOf(OpenIso(bytes.patched(trun + 8, u32(0))).samples()), "");
     EXPECT_EQ(timesOf(OpenIso(bytes.patched(trun + 8, u32(1))).samples()), "0k");
 }
 
 TEST(FragmentedTrackIteratorTest, TellsSyncSamplesByTwoFlags) {
     const Bytes bytes = fragmented(1, 1).build();
-    std::size_t trun = 0;
-    while (bytes.slice(trun, 4) != text("trun")) ++trun;
+    const std::size_t trun = bytes.find("trun");
     const auto timesWith = [&](std::uint32_t flags) {
         return timesOf(OpenIso(bytes.patched(trun + 24, u32(flags))).samples());
     };
@@ -417,8 +413,7 @@ TEST(DocIteratorTest, HasNoMoreSamplesOfATrackThanTheFileHasBytes) {
     file.tracks[0].fixedSize = 1;
     Bytes bytes = file.build();
     const auto patch = [&](const char* type, std::size_t offset, std::uint64_t value) {
-        std::size_t at = 0;
-        while (bytes.slice(at, 4) != text(type)) ++at;
+        const std::size_t at = bytes.find(type);
         bytes = bytes.patched(at + offset, u32(value));
     };
     patch("stts", 12, 50'000'000);

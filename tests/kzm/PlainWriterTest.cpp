@@ -103,8 +103,8 @@ TEST(PlainWriterTest, ThrowsSeventeenBeyondItsCapacity) {
     Plain test(false, 2);
     test.sample(0, text("a"), 1);
     test.sample(40, text("b"));
-    EXPECT_EQ(failureOf([&] { test.sample(80, text("c")); }), 17U);
-    EXPECT_EQ(failureOf([&] { test.sample(80, text("c")); }), 48U);
+    EXPECT_EQ(codeThrownBy([&] { test.sample(80, text("c")); }), 17U);
+    EXPECT_EQ(codeThrownBy([&] { test.sample(80, text("c")); }), 48U);
 }
 
 TEST(PlainWriterTest, TakesTheDependencyByteOfASampleWhenTheTrackAsksForIt) {
@@ -203,12 +203,12 @@ TEST(PlainWriterTest, ALateFirstSampleGetsAllItsRowsAtOnce) {
 TEST(PlainWriterTest, AFullDiskGives1024) {
     Plain test(false);
     test.stream.capacity = test.file().size() + 30;
-    EXPECT_EQ(failureOf([&] {
+    EXPECT_EQ(codeThrownBy([&] {
                   test.sample(0, pattern(70000, 1), 1);
                   test.writer.flush();
               }),
               1024U);
-    EXPECT_EQ(failureOf([&] { test.sample(40, text("b")); }), 48U);
+    EXPECT_EQ(codeThrownBy([&] { test.sample(40, text("b")); }), 48U);
 }
 
 /// A writer whose mode can be set to what no configuration gives.
@@ -219,7 +219,7 @@ public:
     void setMode(std::uint32_t mode) { mode_ = static_cast<Mode>(mode); }
     void reserveTracks() { tracksReserved_ = true; }
     std::uint32_t add() {
-        return failureOf([this] { addTrack(trackInfo("vide", 1000), trackParams(1), 0); });
+        return codeThrownBy([this] { addTrack(trackInfo("vide", 1000), trackParams(1), 0); });
     }
 };
 

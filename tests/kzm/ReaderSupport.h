@@ -9,6 +9,7 @@
 #include "support/Bytes.h"
 #include "support/IsoFile.h"
 #include "support/MemoryStream.h"
+#include "support/ThrownCode.h"
 
 namespace kz::test {
 
@@ -54,17 +55,6 @@ inline std::string timesOf(const std::vector<qlix::kzm::Sample>& samples) {
         if (sample.frameType() == qlix::kzm::kSampleIsEmptyEdit) out += "e";
     }
     return out;
-}
-
-/// The number that `action` throws, 0 if it throws nothing.
-template <class Action>
-std::uint32_t codeThrownBy(Action action) {
-    try {
-        action();
-    } catch (const qlix::kzm::Exception& failure) {
-        return failure.code();
-    }
-    return 0;
 }
 
 }  // namespace kz::test

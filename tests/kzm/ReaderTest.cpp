@@ -389,8 +389,7 @@ TEST(ReaderTest, ReadsAFragmentInFrontOfTheMovie) {
 TEST(ReaderTest, ReadsALastBoxOfSizeZeroAndA64BitSize) {
     IsoFile file = twoTracks();
     const Bytes bytes = file.build();
-    std::size_t mdat = 0;
-    while (bytes.slice(mdat + 4, 4) != text("mdat")) ++mdat;
+    const std::size_t mdat = bytes.find("mdat") - 4;
     const OpenIso toEnd(bytes.patched(mdat, u32(0)));
     EXPECT_EQ(toEnd.dataOf(toEnd.samples()[0]), file.tracks[0].samples[0].data);
     // Bytes of the media move by the 8 that the longer header takes, so only the walk is the same.
@@ -404,8 +403,7 @@ TEST(ReaderTest, ThrowsTwelveForATrackWithoutTables) {
     IsoFile file = twoTracks();
     Bytes bytes = file.build();
     // A `stbl` with these boxes missing is refused on opening already.
-    std::size_t stts = 0;
-    while (bytes.slice(stts, 4) != text("stts")) ++stts;
+    const std::size_t stts = bytes.find("stts");
     EXPECT_EQ(codeThrownBy([&] { OpenIso(bytes.patched(stts, text("sttx"))); }), 14U);
 }
 

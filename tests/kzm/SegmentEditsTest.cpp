@@ -216,11 +216,11 @@ TEST(SegmentEditsTest, AFullListThrowsSixteenAndEndsTheWriting) {
     SegmentDriver test(options);
     test.writer.startFragment();
     test.audio(0, text("x"));
-    EXPECT_EQ(failureOf([&] { test.video(500, text("a"), 1); }), 16U);
-    EXPECT_EQ(failureOf([&] { test.audio(600, text("y")); }), 48U);
-    EXPECT_EQ(failureOf([&] { test.writer.startFragment(); }), 48U);
-    EXPECT_EQ(failureOf([&] { test.writer.flush(); }), 48U);
-    EXPECT_EQ(failureOf([&] { test.bootstrap(text("B")); }), 20U);
+    EXPECT_EQ(codeThrownBy([&] { test.video(500, text("a"), 1); }), 16U);
+    EXPECT_EQ(codeThrownBy([&] { test.audio(600, text("y")); }), 48U);
+    EXPECT_EQ(codeThrownBy([&] { test.writer.startFragment(); }), 48U);
+    EXPECT_EQ(codeThrownBy([&] { test.writer.flush(); }), 48U);
+    EXPECT_EQ(codeThrownBy([&] { test.bootstrap(text("B")); }), 20U);
 }
 
 TEST(SegmentEditsTest, TakesTheTimeOriginOffTheSamplesAndLeavesItInTheIndex) {
@@ -259,7 +259,7 @@ TEST(SegmentEditsTest, ATimeInFrontOfTheOriginGoesBack) {
     options.timeOrigin = 100;
     SegmentDriver test(options);
     test.writer.startFragment();
-    EXPECT_EQ(failureOf([&] { test.video(99, text("a"), 1); }), 1280U);
+    EXPECT_EQ(codeThrownBy([&] { test.video(99, text("a"), 1); }), 1280U);
 }
 
 }  // namespace

@@ -11,22 +11,22 @@ using namespace kz::test;
 
 /// What follows a failure: the writer goes on, or all further writing gives 48.
 void expectUsable(SegmentDriver& test) {
-    EXPECT_EQ(failureOf([&] { test.video(5000, text("on"), 1); }), 0U);
-    EXPECT_EQ(failureOf([&] { test.writer.close(); }), 0U);
+    EXPECT_EQ(codeThrownBy([&] { test.video(5000, text("on"), 1); }), 0U);
+    EXPECT_EQ(codeThrownBy([&] { test.writer.close(); }), 0U);
 }
 
 void expectBroken(SegmentDriver& test) {
-    EXPECT_EQ(failureOf([&] { test.video(5000, text("on"), 1); }), 48U);
-    EXPECT_EQ(failureOf([&] { test.writer.startFragment(); }), 48U);
-    EXPECT_EQ(failureOf([&] { test.writer.flush(); }), 48U);
-    EXPECT_EQ(failureOf([&] { test.describe(test.videoTrack, "vide"); }), 48U);
+    EXPECT_EQ(codeThrownBy([&] { test.video(5000, text("on"), 1); }), 48U);
+    EXPECT_EQ(codeThrownBy([&] { test.writer.startFragment(); }), 48U);
+    EXPECT_EQ(codeThrownBy([&] { test.writer.flush(); }), 48U);
+    EXPECT_EQ(codeThrownBy([&] { test.describe(test.videoTrack, "vide"); }), 48U);
 }
 
 TEST(SegmentFailureTest, AMovieTimescaleOfZeroIsRefusedBeforeTheStreamIsTouched) {
     MemoryStream stream;
     WriterConfiguration configuration;
     configuration.timescale = 0;
-    EXPECT_EQ(failureOf([&] { KZSWriter writer(stream, configuration, nullptr); }), 10U);
+    EXPECT_EQ(codeThrownBy([&] { KZSWriter writer(stream, configuration, nullptr); }), 10U);
     EXPECT_EQ(stream.calls, 0U);
     EXPECT_EQ(stream.references, 0);
 }
@@ -35,22 +35,23 @@ TEST(SegmentFailureTest, AStreamThatCantBeOpenedGivesItsOwnNumber) {
     MemoryStream stream;
     stream.failAtCall = 0;
     stream.failure = 3;
-    EXPECT_EQ(failureOf([&] { KZSWriter writer(stream, WriterConfiguration(), nullptr); }), 3U);
+    EXPECT_EQ(codeThrownBy([&] { KZSWriter writer(stream, WriterConfiguration(), nullptr); }), 3U);
     EXPECT_EQ(stream.references, 0);
 }
 
 TEST(SegmentFailureTest, AFullDiskAtTheStartGives1024) {
     MemoryStream stream;
     stream.capacity = 10;
-    EXPECT_EQ(failureOf([&] { KZSWriter writer(stream, WriterConfiguration(), nullptr); }), 1024U);
+    EXPECT_EQ(codeThrownBy([&] { KZSWriter writer(stream, WriterConfiguration(), nullptr); }),
+              1024U);
     EXPECT_EQ(stream.references, 0);
 }
 
 TEST(SegmentFailureTest, ATrackTimescaleOfZeroIsRefusedAndTheWriterGoesOn) {
     SegmentDriver test;
-    EXPECT_EQ(
-        failureOf([&] { test.writer.addTrack(trackInfo("vide", 0), trackParams(1), "name", 5); }),
-        10U);
+    EXPECT_EQ(codeThrownBy(
+                  [&] { test.writer.addTrack(trackInfo("vide", 0), trackParams(1), "name", 5); }),
+              10U);
     test.writer.startFragment();
     expectUsable(test);
 }
@@ -60,15 +61,15 @@ TEST(SegmentFailureTest, AHandlerNameWithALengthNeedsItsBytes) {
     KZMTrackInfo info = trackInfo("vide", 1000);
     info.handlerName = nullptr;
     const auto add = [&] { test.writer.addTrack(info, trackParams(1), nullptr, 0); };
-    EXPECT_EQ(failureOf(add), 20U);
+    EXPECT_EQ(codeThrownBy(add), 20U);
     info.handlerNameLength = 0;
-    EXPECT_EQ(failureOf(add), 0U);
+    EXPECT_EQ(codeThrownBy(add), 0U);
 }
 
 TEST(SegmentFailureTest, ATrackAfterTheFirstFragmentIsTooLate) {
     SegmentDriver test;
     test.writer.startFragment();
-    EXPECT_EQ(failureOf([&] {
+    EXPECT_EQ(codeThrownBy([&] {
                   test.writer.addTrack(trackInfo("vide", 1000), trackParams(1), "name", 5);
               }),
               1281U);
@@ -77,7 +78,7 @@ TEST(SegmentFailureTest, ATrackAfterTheFirstFragmentIsTooLate) {
 
 TEST(SegmentFailureTest, ThereIsOneHintTrack) {
     SegmentDriver test;
-    EXPECT_EQ(failureOf([&] {
+    EXPECT_EQ(codeThrownBy([&] {
                   test.writer.addHintTrack(trackInfo("hint", 1000), trackParams(1), "name", 5,
                                            nullptr, 0);
               }),
@@ -89,8 +90,8 @@ TEST(SegmentFailureTest, ThereIsOneHintTrack) {
 TEST(SegmentFailureTest, AFragmentNeedsAHintTrack) {
     MemoryStream stream;
     KZSWriter writer(stream, WriterConfiguration(), nullptr);
-    EXPECT_EQ(failureOf([&] { writer.startFragment(); }), 1540U);
-    EXPECT_EQ(failureOf([&] {
+    EXPECT_EQ(codeThrownBy([&] { writer.startFragment(); }), 1540U);
+    EXPECT_EQ(codeThrownBy([&] {
                   writer.addHintTrack(trackInfo("hint", 1000), trackParams(1), "name", 5, nullptr,
                                       0);
                   writer.startFragment();
@@ -104,14 +105,14 @@ TEST(SegmentFailureTest, AHintTrackRefersToTracksThatExist) {
     const TrackHandle none;
     const TrackHandle unknown(1);
     const auto add = [&](const char* handler, const TrackHandle* tracks) {
-        return failureOf([&] {
+        return codeThrownBy([&] {
             writer.addHintTrack(trackInfo(handler, 1000), trackParams(1), "name", 5, tracks, 1);
         });
     };
     EXPECT_EQ(add("hint", &none), 20U);
     EXPECT_EQ(add("hint", nullptr), 20U);
     EXPECT_EQ(add("hint", &unknown), 1283U);
-    EXPECT_EQ(failureOf([&] {
+    EXPECT_EQ(codeThrownBy([&] {
                   writer.addHintTrack(trackInfo("vide", 1000), trackParams(1), "name", 5, nullptr,
                                       0);
               }),
@@ -124,27 +125,27 @@ TEST(SegmentFailureTest, ANullTrackGivesTwenty) {
     EXPECT_FALSE(none);
     test.writer.startFragment();
     const KZMSample sample = sampleOf("hint", 0, 1000, 1);
-    EXPECT_EQ(
-        failureOf([&] { test.writer.writeSample(none, sample, test.pool.data(text("a")), false); }),
-        20U);
-    EXPECT_EQ(failureOf([&] {
+    EXPECT_EQ(codeThrownBy(
+                  [&] { test.writer.writeSample(none, sample, test.pool.data(text("a")), false); }),
+              20U);
+    EXPECT_EQ(codeThrownBy([&] {
                   test.writer.writeHintedSample(none, test.videoTrack, sample, {0, 1},
                                                 test.pool.data(text("a")), false);
               }),
               20U);
-    EXPECT_EQ(failureOf([&] {
+    EXPECT_EQ(codeThrownBy([&] {
                   test.writer.writeHintedSample(test.hintTrack, none, sample, {0, 1},
                                                 test.pool.data(text("a")), false);
               }),
               20U);
-    EXPECT_EQ(failureOf([&] { test.describe(none, "vide"); }), 20U);
+    EXPECT_EQ(codeThrownBy([&] { test.describe(none, "vide"); }), 20U);
     EXPECT_EQ(test.pool.released, (std::vector<std::size_t>{0, 1, 2}));
     expectUsable(test);
 }
 
 TEST(SegmentFailureTest, AnUnknownTrackGives1283) {
     SegmentDriver test;
-    EXPECT_EQ(failureOf([&] { test.describe(TrackHandle(4), "vide"); }), 1283U);
+    EXPECT_EQ(codeThrownBy([&] { test.describe(TrackHandle(4), "vide"); }), 1283U);
 }
 
 struct SampleCase {
@@ -197,7 +198,7 @@ TEST(SegmentFailureTest, ChecksOfASampleConcernTheCallAlone) {
         SCOPED_TRACE(each.what);
         SegmentDriver test;
         test.writer.startFragment();
-        EXPECT_EQ(failureOf([&] { each.act(test); }), each.expected);
+        EXPECT_EQ(codeThrownBy([&] { each.act(test); }), each.expected);
         EXPECT_EQ(test.pool.released.size(), test.pool.given()) << "given back at once";
         expectUsable(test);
     }
@@ -207,8 +208,8 @@ TEST(SegmentFailureTest, TimesMayStandStillAndNotGoBack) {
     SegmentDriver test;
     test.writer.startFragment();
     test.video(100, text("a"), 1);
-    EXPECT_EQ(failureOf([&] { test.video(100, text("b")); }), 0U);
-    EXPECT_EQ(failureOf([&] { test.video(99, text("c")); }), 1280U);
+    EXPECT_EQ(codeThrownBy([&] { test.video(100, text("b")); }), 0U);
+    EXPECT_EQ(codeThrownBy([&] { test.video(99, text("c")); }), 1280U);
     expectUsable(test);
 }
 
@@ -216,9 +217,9 @@ TEST(SegmentFailureTest, AGapHasThirtyTwoBits) {
     SegmentDriver test;
     test.writer.startFragment();
     test.video(0, text("a"), 1);
-    EXPECT_EQ(failureOf([&] { test.video(0x100000000, text("b")); }), 1288U);
-    EXPECT_EQ(failureOf([&] { test.video(0xFFFFFFFF, text("b")); }), 0U);
-    EXPECT_EQ(failureOf([&] { test.marker(test.hintTrack, "hint", 0x200000000); }), 0U)
+    EXPECT_EQ(codeThrownBy([&] { test.video(0x100000000, text("b")); }), 1288U);
+    EXPECT_EQ(codeThrownBy([&] { test.video(0xFFFFFFFF, text("b")); }), 0U);
+    EXPECT_EQ(codeThrownBy([&] { test.marker(test.hintTrack, "hint", 0x200000000); }), 0U)
         << "a marker may come later still";
     test.writer.close();
 }
@@ -226,7 +227,7 @@ TEST(SegmentFailureTest, AGapHasThirtyTwoBits) {
 TEST(SegmentFailureTest, AFirstSampleMayComeAtAnyTime) {
     SegmentDriver test;
     test.writer.startFragment();
-    EXPECT_EQ(failureOf([&] { test.video(0x200000000, text("a"), 1); }), 0U);
+    EXPECT_EQ(codeThrownBy([&] { test.video(0x200000000, text("a"), 1); }), 0U);
 }
 
 TEST(SegmentFailureTest, ASampleNeedsADescription) {
@@ -234,16 +235,16 @@ TEST(SegmentFailureTest, ASampleNeedsADescription) {
     options.describe = false;
     SegmentDriver test(options);
     test.writer.startFragment();
-    EXPECT_EQ(failureOf([&] { test.hintOnly(0, text("a")); }), 1290U) << "no time origin yet";
+    EXPECT_EQ(codeThrownBy([&] { test.hintOnly(0, text("a")); }), 1290U) << "no time origin yet";
     test.describe(test.hintTrack, "hint");
-    EXPECT_EQ(failureOf([&] { test.video(0, text("a"), 1); }), 1289U);
+    EXPECT_EQ(codeThrownBy([&] { test.video(0, text("a"), 1); }), 1289U);
     test.describe(test.videoTrack, "vide");
     expectUsable(test);
 }
 
 TEST(SegmentFailureTest, ASampleNeedsAnOpenFragment) {
     SegmentDriver test;
-    EXPECT_EQ(failureOf([&] { test.video(0, text("a"), 1); }), 1536U);
+    EXPECT_EQ(codeThrownBy([&] { test.video(0, text("a"), 1); }), 1536U);
     test.writer.startFragment();
     expectUsable(test);
 }
@@ -252,7 +253,7 @@ TEST(SegmentFailureTest, ASecondRtmpDescriptionIsRefused) {
     SegmentDriver::Options options;
     options.descriptionSlots = 2;
     SegmentDriver test(options);
-    EXPECT_EQ(failureOf([&] { test.describe(test.hintTrack, "hint"); }), 1542U);
+    EXPECT_EQ(codeThrownBy([&] { test.describe(test.hintTrack, "hint"); }), 1542U);
     test.writer.startFragment();
     expectUsable(test);
 }
@@ -262,12 +263,12 @@ TEST(SegmentFailureTest, ABootstrapNeedsABuffer) {
     test.writer.startFragment();
     int released = 0;
     const auto release = [](void* context) { ++*static_cast<int*>(context); };
-    EXPECT_EQ(failureOf([&] { test.writer.setBootstrap(nullptr, 3, &released, release); }), 20U);
-    EXPECT_EQ(failureOf([&] { test.writer.setBootstrap(nullptr, 0, &released, release); }), 20U);
+    EXPECT_EQ(codeThrownBy([&] { test.writer.setBootstrap(nullptr, 3, &released, release); }), 20U);
+    EXPECT_EQ(codeThrownBy([&] { test.writer.setBootstrap(nullptr, 0, &released, release); }), 20U);
     EXPECT_EQ(released, 2);
     expectUsable(test);
     const Bytes bytes = text("BST");
-    EXPECT_EQ(failureOf([&] {
+    EXPECT_EQ(codeThrownBy([&] {
                   test.writer.setBootstrap(bytes.data(), bytes.size(), &released, release);
               }),
               20U)
@@ -279,7 +280,7 @@ TEST(SegmentFailureTest, AFragmentHasOneBootstrap) {
     SegmentDriver test;
     test.writer.startFragment();
     test.bootstrap(text("first"));
-    EXPECT_EQ(failureOf([&] { test.bootstrap(text("second")); }), 1541U);
+    EXPECT_EQ(codeThrownBy([&] { test.bootstrap(text("second")); }), 1541U);
     EXPECT_EQ(test.pool.released, (std::vector<std::size_t>{1}));
     expectUsable(test);
     EXPECT_EQ(test.file().slice(boxAt(test.file(), "abst").offset + 12, 5), text("first"));
@@ -289,7 +290,7 @@ TEST(SegmentFailureTest, ABootstrapWithoutSamplesThrows1033AndEndsTheWriting) {
     SegmentDriver test;
     test.writer.startFragment();
     test.bootstrap(text("BST"));
-    EXPECT_EQ(failureOf([&] { test.writer.startFragment(); }), 1033U);
+    EXPECT_EQ(codeThrownBy([&] { test.writer.startFragment(); }), 1033U);
     expectBroken(test);
 }
 
@@ -297,10 +298,10 @@ TEST(SegmentFailureTest, ABootstrapWithoutSamplesThrows1033AtTheClose) {
     SegmentDriver test;
     test.writer.startFragment();
     test.bootstrap(text("BST"));
-    EXPECT_EQ(failureOf([&] { test.writer.close(); }), 1033U);
+    EXPECT_EQ(codeThrownBy([&] { test.writer.close(); }), 1033U);
     EXPECT_FALSE(test.stream.isOpen);
     EXPECT_EQ(test.stream.references, 0);
-    EXPECT_EQ(failureOf([&] { test.writer.close(); }), 0U);
+    EXPECT_EQ(codeThrownBy([&] { test.writer.close(); }), 0U);
 }
 
 TEST(SegmentFailureTest, AFullDiskGives1024AndEndsTheWriting) {
@@ -308,9 +309,9 @@ TEST(SegmentFailureTest, AFullDiskGives1024AndEndsTheWriting) {
     const std::uint64_t start = test.writer.startFragment();
     test.stream.capacity = start + 100;
     test.video(0, pattern(1000, 1), 1);
-    EXPECT_EQ(failureOf([&] { test.writer.startFragment(); }), 1024U);
+    EXPECT_EQ(codeThrownBy([&] { test.writer.startFragment(); }), 1024U);
     expectBroken(test);
-    EXPECT_EQ(failureOf([&] { test.writer.close(); }), 0U) << "there is nothing left to write";
+    EXPECT_EQ(codeThrownBy([&] { test.writer.close(); }), 0U) << "there is nothing left to write";
     EXPECT_EQ(test.pool.released.size(), test.pool.given());
 }
 
@@ -319,7 +320,7 @@ TEST(SegmentFailureTest, AFullDiskAtTheCloseIsThrownAndTheStreamIsClosed) {
     const std::uint64_t start = test.writer.startFragment();
     test.stream.capacity = start + 100;
     test.video(0, pattern(1000, 1), 1);
-    EXPECT_EQ(failureOf([&] { test.writer.close(); }), 1024U);
+    EXPECT_EQ(codeThrownBy([&] { test.writer.close(); }), 1024U);
     EXPECT_FALSE(test.stream.isOpen);
     EXPECT_EQ(test.stream.references, 0);
     EXPECT_EQ(test.pool.released.size(), test.pool.given());
@@ -331,7 +332,7 @@ TEST(SegmentFailureTest, OfAFullDiskAndAFailedCloseTheFirstIsThrown) {
     test.stream.capacity = start + 100;
     test.stream.closeFails = true;
     test.video(0, pattern(1000, 1), 1);
-    EXPECT_EQ(failureOf([&] { test.writer.close(); }), 1024U);
+    EXPECT_EQ(codeThrownBy([&] { test.writer.close(); }), 1024U);
     EXPECT_FALSE(test.stream.isOpen);
     EXPECT_EQ(test.stream.references, 0);
     EXPECT_EQ(test.pool.released.size(), test.pool.given());
@@ -354,7 +355,7 @@ TEST(SegmentFailureTest, AFailureAtAnyCallOfTheStreamEndsInACodeAndGivesAllBack)
         test.stream.calls = 0;
         test.stream.failAtCall = failAtCall;
         test.stream.failure = 77;
-        code = failureOf([&] {
+        code = codeThrownBy([&] {
             test.writer.startFragment();
             test.video(0, pattern(300, 1), 1, true);
             test.bootstrap(text("BST"));

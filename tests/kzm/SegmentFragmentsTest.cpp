@@ -287,8 +287,8 @@ TEST(SegmentFragmentsTest, CloseFinishesTheFileAndGivesTheStreamBack) {
     const Bytes before = test.file();
     test.writer.close();
     EXPECT_EQ(test.file(), before);
-    EXPECT_EQ(failureOf([&] { test.video(40, text("b")); }), 48U);
-    EXPECT_EQ(failureOf([&] { test.writer.startFragment(); }), 48U);
+    EXPECT_EQ(codeThrownBy([&] { test.video(40, text("b")); }), 48U);
+    EXPECT_EQ(codeThrownBy([&] { test.writer.startFragment(); }), 48U);
 }
 
 TEST(SegmentFragmentsTest, TheLastHandleThatGoesClosesTheFile) {
@@ -333,7 +333,7 @@ TEST(SegmentFragmentsTest, AnotherDescriptionOfATrackWithSamplesClosesTheFragmen
     test.video(0, text("a"), 1);
     test.describe(test.videoTrack, "vide");
     EXPECT_EQ(topTypes(test.file()), (Types{"ftyp", "moov", "afra", "moof", "mdat"}));
-    EXPECT_EQ(failureOf([&] { test.video(40, text("b")); }), 1536U);
+    EXPECT_EQ(codeThrownBy([&] { test.video(40, text("b")); }), 1536U);
     EXPECT_EQ(test.writer.startFragment(), test.file().size());
     test.video(40, text("b"));
     test.writer.close();

@@ -6,13 +6,13 @@
 #include <vector>
 
 #include "kzm/ErrorCode.h"
-#include "kzm/Exception.h"
 #include "kzm/KZSWriter.h"
 #include "kzm/SampleDescriptor.h"
 #include "kzm/Writer.h"
 #include "kzs/base/ByteOrder.h"
 #include "support/Bytes.h"
 #include "support/MemoryStream.h"
+#include "support/ThrownCode.h"
 
 namespace kz::test {
 
@@ -76,17 +76,6 @@ public:
 
     std::vector<Write> log;
 };
-
-/// The code of what is thrown; 0 for nothing.
-template <class Action>
-std::uint32_t failureOf(Action action) {
-    try {
-        action();
-    } catch (const qlix::kzm::Exception& failure) {
-        return failure.code();
-    }
-    return 0;
-}
 
 /// Gives samples out and counts those that came back.
 class SamplePool {

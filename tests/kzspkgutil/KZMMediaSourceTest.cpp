@@ -1,11 +1,9 @@
-#include <functional>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "KzmFileBuilder.h"
-#include "kzm/Exception.h"
 #include "kzs/base/ByteOrder.h"
 #include "kzs/base/FileStream.h"
 #include "kzspkgutil/KZMMediaSource.h"
@@ -13,11 +11,13 @@
 #include "kzspkgutil/model/KZSPkgUtilException.h"
 #include "support/IsoBuilder.h"
 #include "support/TempDir.h"
+#include "support/ThrownCode.h"
 
 namespace torvo::kzspkgutil {
 namespace {
 
 using kz::test::box;
+using kz::test::codeThrownBy;
 using kz::test::hex;
 using kz::test::pattern;
 using kz::test::raw;
@@ -32,15 +32,6 @@ using test::kzmFile;
 using test::KzmTrack;
 using test::plainEntry;
 using test::videoEntry;
-
-std::uint32_t codeOf(const std::function<void()>& operation) {
-    try {
-        operation();
-    } catch (const qlix::kzm::Exception& failure) {
-        return failure.code();
-    }
-    return 0;
-}
 
 KzmTrack videoTrack(const std::string& format = "avc1") {
     KzmTrack track;
@@ -131,8 +122,9 @@ TEST_F(KZMMediaSourceProviderTest, RefusesFilesThatAreTooShortForABox) {
 }
 
 TEST_F(KZMMediaSourceProviderTest, FailsOnAFileThatIsNotThere) {
-    EXPECT_EQ(codeOf([&] { KZMMediaSourceProvider(true).canOpen(folder_ / "missing", kFlags); }),
-              6U);
+    EXPECT_EQ(
+        codeThrownBy([&] { KZMMediaSourceProvider(true).canOpen(folder_ / "missing", kFlags); }),
+        6U);
 }
 
 // --- choosing tracks
@@ -193,7 +185,7 @@ TEST_F(KZMMediaSourceTest, RefusesAFileOfAHintTrackAlone) {
 }
 
 TEST_F(KZMMediaSourceTest, RefusesAFileWithoutAMovie) {
-    EXPECT_EQ(codeOf([&] { open(box("ftyp", text("isom"), u32(0))); }), 6U);
+    EXPECT_EQ(codeThrownBy([&] { open(box("ftyp", text("isom"), u32(0))); }), 6U);
 }
 
 TEST_F(KZMMediaSourceTest, SupportsTwentyOneFormats) {
@@ -359,7 +351,7 @@ TEST_F(KZMMediaSourceTest, ReadsOnlySamplesThatAreAskedFor) {
     samples->next();
     EXPECT_EQ(samples->currentMessage().getSampleDataSize(), 3U);
     samples->next();
-    EXPECT_EQ(codeOf([&] { samples->currentMessage(); }), 1030U);
+    EXPECT_EQ(codeThrownBy([&] { samples->currentMessage(); }), 1030U);
 }
 
 TEST_F(KZMMediaSourceTest, PassesAnEmptyEditOnAsASkippedSample) {
@@ -409,7 +401,7 @@ TEST_F(KZMMediaSourceTest, ToleratesStrayBytesAtTheEnd) {
 TEST_F(KZMMediaSourceTest, RefusesATimescaleOf0) {
     KzmTrack track = videoTrack();
     track.timescale = 0;
-    EXPECT_EQ(codeOf([&] { open(kzmFile({track})); }), 10U);
+    EXPECT_EQ(codeThrownBy([&] { open(kzmFile({track})); }), 10U);
 }
 
 }  // namespace

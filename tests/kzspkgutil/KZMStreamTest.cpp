@@ -1,28 +1,19 @@
-#include <functional>
 #include <sys/stat.h>
 
 #include <gtest/gtest.h>
 
-#include "kzm/Exception.h"
 #include "kzspkgutil/KZMStream.h"
 #include "support/Bytes.h"
 #include "support/OrdinaryUser.h"
 #include "support/TempDir.h"
+#include "support/ThrownCode.h"
 
 namespace torvo::kzspkgutil {
 namespace {
 
 using kz::test::Bytes;
+using kz::test::codeThrownBy;
 using kz::test::text;
-
-std::uint32_t codeOf(const std::function<void()>& operation) {
-    try {
-        operation();
-    } catch (const qlix::kzm::Exception& failure) {
-        return failure.code();
-    }
-    return 0;
-}
 
 class KZMStreamTest : public testing::Test {
 protected:
@@ -82,7 +73,7 @@ TEST_F(KZMStreamTest, PartsThatCantBeWrittenAreWriteFailed) {
     KZMStream stream(input_, kzs::openFlagsFor(false, false));
     stream.open();
     const qlix::kzm::WritePart parts[] = {{"ab", 2}};
-    EXPECT_EQ(codeOf([&] { stream.writeParts(parts, 1); }), 1024U);
+    EXPECT_EQ(codeThrownBy([&] { stream.writeParts(parts, 1); }), 1024U);
 }
 
 TEST_F(KZMStreamTest, ClosesTheFileWithItsLastReference) {
@@ -95,7 +86,7 @@ TEST_F(KZMStreamTest, ClosesTheFileWithItsLastReference) {
     stream.release();
     EXPECT_EQ(stream.read(buffer.data(), 1), 1U);
     stream.release();
-    EXPECT_EQ(codeOf([&] { stream.read(buffer.data(), 1); }), 1U);
+    EXPECT_EQ(codeThrownBy([&] { stream.read(buffer.data(), 1); }), 1U);
 }
 
 TEST_F(KZMStreamTest, OpensNothingWhenMade) {
@@ -105,12 +96,12 @@ TEST_F(KZMStreamTest, OpensNothingWhenMade) {
 
 TEST_F(KZMStreamTest, GivesAMissingFileTheNumber6) {
     KZMStream stream(folder_ / "missing", kzs::openFlagsFor(false, false));
-    EXPECT_EQ(codeOf([&] { stream.open(); }), 6U);
+    EXPECT_EQ(codeThrownBy([&] { stream.open(); }), 6U);
 }
 
 TEST_F(KZMStreamTest, GivesAFolderTheNumberOfAnyOtherError) {
     KZMStream stream(folder_.path(), kzs::openFlagsFor(true, false));
-    EXPECT_EQ(codeOf([&] { stream.open(); }), 1U);
+    EXPECT_EQ(codeThrownBy([&] { stream.open(); }), 1U);
 }
 
 TEST_F(KZMStreamTest, GivesAClosedDoorTheNumber3) {
@@ -119,29 +110,29 @@ TEST_F(KZMStreamTest, GivesAClosedDoorTheNumber3) {
     ASSERT_EQ(::chmod(input_.c_str(), 0), 0);
     const kz::test::OrdinaryUser user;
     KZMStream stream(input_, kzs::openFlagsFor(false, false));
-    EXPECT_EQ(codeOf([&] { stream.open(); }), 3U);
+    EXPECT_EQ(codeThrownBy([&] { stream.open(); }), 3U);
 }
 
 TEST_F(KZMStreamTest, GivesAnExistingFileTheNumber4WhenItMustBeNew) {
     KZMStream stream(input_, kzs::openFlagsFor(true, true) | kzs::kOpenExclusive);
-    EXPECT_EQ(codeOf([&] { stream.open(); }), 4U);
+    EXPECT_EQ(codeThrownBy([&] { stream.open(); }), 4U);
 }
 
 TEST_F(KZMStreamTest, GivesASeekAheadOfTheFileTheNumber2) {
     KZMStream stream(input_, kzs::openFlagsFor(false, false));
     stream.open();
-    EXPECT_EQ(codeOf([&] { stream.seek(-1, qlix::kzm::kSeekFromStart); }), 2U);
+    EXPECT_EQ(codeThrownBy([&] { stream.seek(-1, qlix::kzm::kSeekFromStart); }), 2U);
 }
 
 TEST_F(KZMStreamTest, GivesFailedWritesTheNumberOfTheWriterWhateverTheCause) {
     KZMStream readOnly(input_, kzs::openFlagsFor(false, false));
     readOnly.open();
-    EXPECT_EQ(codeOf([&] { readOnly.write("x", 1); }), 1024U);
-    EXPECT_EQ(codeOf([&] { readOnly.truncate(1); }), 1024U);
+    EXPECT_EQ(codeThrownBy([&] { readOnly.write("x", 1); }), 1024U);
+    EXPECT_EQ(codeThrownBy([&] { readOnly.truncate(1); }), 1024U);
 
     KZMStream full("/dev/full", kzs::kOpenBinary | kzs::kOpenReadWrite);
     full.open();
-    EXPECT_EQ(codeOf([&] { full.write("x", 1); }), 1024U);
+    EXPECT_EQ(codeThrownBy([&] { full.write("x", 1); }), 1024U);
 }
 
 }  // namespace

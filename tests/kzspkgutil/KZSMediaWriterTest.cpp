@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <functional>
 #include <memory>
 #include <string>
 #include <type_traits>
@@ -9,11 +8,11 @@
 
 #include "Fixtures.h"
 #include "WriterHarness.h"
-#include "kzm/Exception.h"
 #include "kzs/base/ByteOrder.h"
 #include "kzs/base/Clock.h"
 #include "kzspkgutil/KZSMediaWriter.h"
 #include "kzspkgutil/KZSMediaWriterPolicy.h"
+#include "support/ThrownCode.h"
 
 namespace torvo::kzspkgutil {
 namespace {
@@ -21,6 +20,7 @@ namespace {
 using kz::test::aacFrame;
 using kz::test::avcFrame;
 using kz::test::Bytes;
+using kz::test::codeThrownBy;
 using kz::test::flvTag;
 using kz::test::hex;
 using kz::test::mp3Frame;
@@ -33,15 +33,6 @@ using test::messageOf;
 
 static_assert(!std::has_virtual_destructor<IMediaWriter>::value,
               "the interface has two operations and no destructor slot");
-
-std::uint32_t codeOf(const std::function<void()>& operation) {
-    try {
-        operation();
-    } catch (const qlix::kzm::Exception& failure) {
-        return failure.code();
-    }
-    return 0;
-}
 
 class KZSMediaWriterTest : public testing::Test {
 protected:
@@ -211,7 +202,7 @@ TEST_F(KZSMediaWriterTest, TakesTheTimescaleOfTheSource) {
 TEST_F(KZSMediaWriterTest, RefusesATimescaleOf0) {
     MediaProperties properties;
     properties.timescale = 0;
-    EXPECT_EQ(codeOf([&] { open({}, properties); }), 10U);
+    EXPECT_EQ(codeThrownBy([&] { open({}, properties); }), 10U);
 }
 
 TEST_F(KZSMediaWriterTest, TellsTheSourcesPropertiesAndNoTracks) {
@@ -291,15 +282,19 @@ TEST_F(KZSMediaWriterTest, WritesNothingWhenTheFirstMessageIsAtTheEnd) {
 
 TEST_F(KZSMediaWriterTest, FailsWhenAllMessagesAreDropped) {
     openVideo();
-    EXPECT_EQ(codeOf([&] { writeUpTo({messageOf(flvTag(9, 0, raw({0x21, 0})), 1)}, 40); }), 1033U);
+    EXPECT_EQ(codeThrownBy([&] {
+                  writeUpTo({messageOf(flvTag(9, 0, raw({0x21, 0})), 1)}, 40);
+              }),
+              1033U);
 }
 
 TEST_F(KZSMediaWriterTest, RefusesANullBootstrapWhateverItsSize) {
     for (const std::uint64_t size : {0U, 5U}) {
         openVideo();
-        EXPECT_EQ(
-            codeOf([&] { writer_->writeUpTo({frame(0)}, kzs::milliseconds(40), nullptr, size); }),
-            20U);
+        EXPECT_EQ(codeThrownBy([&] {
+                      writer_->writeUpTo({frame(0)}, kzs::milliseconds(40), nullptr, size);
+                  }),
+                  20U);
     }
 }
 
@@ -314,13 +309,13 @@ TEST_F(KZSMediaWriterTest, PassesOverUnknownTagTypes) {
 
 TEST_F(KZSMediaWriterTest, RefusesAMessageWithoutATrack) {
     open({test::audioTrackOf(fourCc("mp4a"), esdsBox())});
-    EXPECT_EQ(codeOf([&] { writeUpTo({frame(0)}, 40); }), 20U);
+    EXPECT_EQ(codeThrownBy([&] { writeUpTo({frame(0)}, 40); }), 20U);
 }
 
 TEST_F(KZSMediaWriterTest, RefusesATimeBeforeZero) {
     openVideo();
     const Timestamp before = kzs::milliseconds(0xFFFFFFFF80000000);  // -2^31 ms
-    EXPECT_EQ(codeOf([&] {
+    EXPECT_EQ(codeThrownBy([&] {
                   writeUpTo({messageOf(avcFrame(0, false, raw({1})), 5, before, before)}, 40);
               }),
               1280U);
@@ -429,7 +424,7 @@ TEST_F(KZSMediaWriterTest, LetsGoOfEachMessageOnceThePolicyHadIt) {
     }
     // Nothing was written for the messages: the box library refuses the empty fragment.
     const Bytes bootstrap = raw({1});
-    EXPECT_EQ(codeOf([&] {
+    EXPECT_EQ(codeThrownBy([&] {
                   writer_->writeUpTo(std::move(messages), kzs::milliseconds(40), bootstrap.data(),
                                      bootstrap.size());
               }),

@@ -1,6 +1,5 @@
 #include "WriterHarness.h"
 
-#include <algorithm>
 #include <stdexcept>
 #include <string>
 
@@ -55,11 +54,7 @@ kz::test::PackedFragment WriterHarness::finishFragment() {
 }
 
 Bytes boxIn(const Bytes& file, std::string_view type) {
-    const auto hit = std::search(file.begin(), file.end(), type.begin(), type.end());
-    if (hit == file.end() || hit - file.begin() < 4) {
-        throw std::runtime_error("no " + std::string(type));
-    }
-    const auto start = static_cast<std::size_t>(hit - file.begin()) - 4;
+    const std::size_t start = file.find(type) - 4;
     return file.slice(start, kzs::loadU32(&file[start]));
 }
 

@@ -39,7 +39,7 @@ public:
     qlix::kzm::TrackHandle hint;
 };
 
-/// The first box of a type in a file, found by its letters. Throws std::runtime_error without one.
+/// The first box of a type in a file, found by its letters. Throws std::logic_error without one.
 kz::test::Bytes boxIn(const kz::test::Bytes& file, std::string_view type);
 
 /// The bytes of a sample.

@@ -53,6 +53,12 @@ Bytes Bytes::patched(std::size_t offset, const Bytes& patch) const {
     return out;
 }
 
+std::size_t Bytes::find(std::string_view letters) const {
+    const auto hit = std::search(begin(), end(), letters.begin(), letters.end());
+    if (hit == end()) throw std::logic_error("no \"" + std::string(letters) + "\" in the bytes");
+    return static_cast<std::size_t>(hit - begin());
+}
+
 Bytes operator+(Bytes left, const Bytes& right) {
     left += right;
     return left;

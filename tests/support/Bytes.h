@@ -24,6 +24,8 @@ public:
     Bytes slice(std::size_t offset, std::size_t count) const;
     /// A copy in which `patch` stands at `offset`.
     Bytes patched(std::size_t offset, const Bytes& patch) const;
+    /// Offset of the first place where `letters` stand. Throws std::logic_error without one.
+    std::size_t find(std::string_view letters) const;
 
     std::string str() const { return std::string(begin(), end()); }
 };

@@ -27,5 +27,12 @@ TEST(BytesTest, DifferenceNamesTheFirstOffsetThatDiffers) {
               std::string::npos);
 }
 
+TEST(BytesTest, FindsTheFirstPlaceOfLetters) {
+    const Bytes bytes = u32(9) + text("moovmoof") + text("moof");
+    EXPECT_EQ(bytes.find("moof"), 8U);
+    EXPECT_EQ(bytes.find("moovm"), 4U);
+    EXPECT_THROW(bytes.find("mdat"), std::logic_error);
+}
+
 }  // namespace
 }  // namespace kz::test

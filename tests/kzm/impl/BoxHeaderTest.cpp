@@ -55,7 +55,7 @@ TEST(BoxHeaderTest, WarnsOfOneToSevenStrayBytes) {
 TEST(BoxHeaderTest, EndsWith1028WhenTheHandlerRefusesStrayBytes) {
     ReadFile file(box("free").cutTo(5));
     file.goOn = false;
-    EXPECT_EQ(codeOf([&] { readBoxHeader(file.stream, nullptr); }), 1028U);
+    EXPECT_EQ(codeThrownBy([&] { readBoxHeader(file.stream, nullptr); }), 1028U);
 }
 
 TEST(BoxHeaderTest, KeepsAnMdatBeyondTheEndOfTheFileAndRefusesOthers) {
@@ -66,7 +66,7 @@ TEST(BoxHeaderTest, KeepsAnMdatBeyondTheEndOfTheFileAndRefusesOthers) {
     EXPECT_EQ(data.warnings, std::vector<std::uint32_t>{3074});
 
     ReadFile other(box("free", fill(4, 0)).claiming(13));
-    EXPECT_EQ(codeOf([&] { readBoxHeader(other.stream, nullptr); }), 27U);
+    EXPECT_EQ(codeThrownBy([&] { readBoxHeader(other.stream, nullptr); }), 27U);
 }
 
 TEST(BoxHeaderTest, ClampsAChildThatOverrunsItsParent) {
@@ -82,12 +82,12 @@ TEST(BoxHeaderTest, ClampsAChildThatOverrunsItsParent) {
 TEST(BoxHeaderTest, RefusesASizeBelowItsOwnHeader) {
     for (std::uint32_t size = 2; size < 8; ++size) {
         ReadFile file(box("free", fill(20, 0)).claiming(size));
-        EXPECT_EQ(codeOf([&] { readBoxHeader(file.stream, nullptr); }), 27U) << size;
+        EXPECT_EQ(codeThrownBy([&] { readBoxHeader(file.stream, nullptr); }), 27U) << size;
     }
     ReadFile large(u32(1) + text("free") + u64(15) + fill(8, 0));
-    EXPECT_EQ(codeOf([&] { readBoxHeader(large.stream, nullptr); }), 27U);
+    EXPECT_EQ(codeThrownBy([&] { readBoxHeader(large.stream, nullptr); }), 27U);
     ReadFile extended(box("uuid", fill(30, 0)).claiming(23));
-    EXPECT_EQ(codeOf([&] { readBoxHeader(extended.stream, nullptr); }), 27U);
+    EXPECT_EQ(codeThrownBy([&] { readBoxHeader(extended.stream, nullptr); }), 27U);
 }
 
 TEST(BoxHeaderTest, FindsNoBoxWhereTheEndOverflows) {
@@ -116,7 +116,7 @@ TEST(BoxHeaderTest, EndsWithinABoxWhereverTheFileIsCut) {
     const Bytes whole = uuidBox(pattern(16, 3), fill(8, 0));
     for (std::size_t cut = 8; cut < whole.size(); ++cut) {
         ReadFile file(whole.cutTo(cut));
-        const std::uint32_t code = codeOf([&] { readBoxHeader(file.stream, nullptr); });
+        const std::uint32_t code = codeThrownBy([&] { readBoxHeader(file.stream, nullptr); });
         EXPECT_EQ(code, cut < 24 ? 5U : 27U) << cut;
     }
 }

@@ -11,6 +11,7 @@
 #include "support/Bytes.h"
 #include "support/IsoBuilder.h"
 #include "support/MemoryStream.h"
+#include "support/ThrownCode.h"
 
 namespace kz::test {
 
@@ -110,17 +111,6 @@ qlix::kzm::impl::BoxPtrOf<T> readAs(ReadFile& file) {
     const auto deleter = made.get_deleter();
     static_cast<void>(made.release());
     return qlix::kzm::impl::BoxPtrOf<T>(typed, deleter);
-}
-
-/// The number that `action` throws, 0 if it throws nothing.
-template <class Action>
-std::uint32_t codeOf(Action action) {
-    try {
-        action();
-    } catch (const qlix::kzm::Exception& failure) {
-        return failure.code();
-    }
-    return 0;
 }
 
 }  // namespace kz::test

@@ -186,9 +186,9 @@ TEST(BoxTest, GivesItsMemoryBackWhenItsConstructorThrows) {
     CountingAllocator allocator;
     ReadFile file(fullBox("mvhd", 0, 0).claiming(8));
     const auto header = readBoxHeader(file.stream, nullptr);
-    EXPECT_EQ(
-        codeOf([&] { BoxFactory::standard().create(file.stream, header.value(), &allocator); }),
-        28U);
+    EXPECT_EQ(codeThrownBy(
+                  [&] { BoxFactory::standard().create(file.stream, header.value(), &allocator); }),
+              28U);
     EXPECT_EQ(allocator.calls, 1);
     EXPECT_TRUE(allocator.held.empty());
 }

@@ -69,7 +69,7 @@ TEST(ElstBoxTest, RewritesCountAndRowsOnly) {
 TEST(ElstBoxTest, IsFullAtItsCapacity) {
     ElstBox box({}, 1);
     for (int i = 0; i < 3; ++i) box.addEdit(1, 0);
-    EXPECT_EQ(codeOf([&] { box.addEdit(1, 0); }), 16U);
+    EXPECT_EQ(codeThrownBy([&] { box.addEdit(1, 0); }), 16U);
     EXPECT_EQ(box.edits().size(), 3U);
 }
 
@@ -111,7 +111,7 @@ TEST(ElstBoxTest, RefusesACountBeyondTheBoxOrTheLimit) {
         {2, 27}, {100000000, 27}, {100000001, 9}, {0xFFFFFFFF, 9}};
     for (const auto& each : cases) {
         ReadFile file(fullBox("elst", 1, 0, u32(each.first), fill(39, 0)));
-        EXPECT_EQ(codeOf([&] { file.read(); }), each.second) << each.first;
+        EXPECT_EQ(codeThrownBy([&] { file.read(); }), each.second) << each.first;
     }
 }
 
@@ -182,7 +182,7 @@ TEST(EditListTest, StaysWithinItsNumbers) {
 }
 
 TEST(EditListTest, RefusesATimescaleOfZero) {
-    EXPECT_EQ(codeOf([] { clippedAt(kEdits, {10, 0}, 600, 1000); }), 10U);
+    EXPECT_EQ(codeThrownBy([] { clippedAt(kEdits, {10, 0}, 600, 1000); }), 10U);
 }
 
 }  // namespace

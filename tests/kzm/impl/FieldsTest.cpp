@@ -60,14 +60,14 @@ TEST(FieldReaderTest, ReadsFieldsInOrderAndStaysInItsBox) {
     EXPECT_EQ(in.u32(), 0x0708090AU);
     EXPECT_EQ(in.u64(), 0x0B0C0D0E0F101112U);
     EXPECT_EQ(in.left(), 2U);
-    EXPECT_EQ(codeOf([&] { in.u24(); }), 27U);
-    EXPECT_EQ(codeOf([&] { in.u32(); }), 27U);
-    EXPECT_EQ(codeOf([&] { in.u64(); }), 27U);
-    EXPECT_EQ(codeOf([&] { in.skip(3); }), 27U);
-    EXPECT_EQ(codeOf([&] { in.bytes(3); }), 27U);
+    EXPECT_EQ(codeThrownBy([&] { in.u24(); }), 27U);
+    EXPECT_EQ(codeThrownBy([&] { in.u32(); }), 27U);
+    EXPECT_EQ(codeThrownBy([&] { in.u64(); }), 27U);
+    EXPECT_EQ(codeThrownBy([&] { in.skip(3); }), 27U);
+    EXPECT_EQ(codeThrownBy([&] { in.bytes(3); }), 27U);
     EXPECT_EQ(in.bytes(2), (std::vector<std::uint8_t>{0x13, 0x14}));
-    EXPECT_EQ(codeOf([&] { in.u8(); }), 27U);
-    EXPECT_EQ(codeOf([&] { in.u16(); }), 27U);
+    EXPECT_EQ(codeThrownBy([&] { in.u8(); }), 27U);
+    EXPECT_EQ(codeThrownBy([&] { in.u16(); }), 27U);
     EXPECT_TRUE(in.bytes(0).empty());
 }
 
@@ -117,7 +117,7 @@ TEST(RescaleTest, HoldsWhatDoesntFitAtTheLimit) {
 }
 
 TEST(RescaleTest, RefusesATimescaleOfZero) {
-    EXPECT_EQ(codeOf([] { rescale(5, 0, 1); }), 10U);
+    EXPECT_EQ(codeThrownBy([] { rescale(5, 0, 1); }), 10U);
     EXPECT_EQ(rescale(5, 10, 0), 0U);
 }
 

@@ -86,7 +86,7 @@ TEST(FileImageTest, WritesChangesInTheOrderInWhichTheyCame) {
     test.put(100 + 20000, text("first"));
     test.put(100, text("last"));
     test.file.memory.capacity = 10000;  // the first write fails, the other would not
-    EXPECT_EQ(codeOf([&] { test.flushed(); }), 1024U);
+    EXPECT_EQ(codeThrownBy([&] { test.flushed(); }), 1024U);
     EXPECT_TRUE(test.file.memory.content.empty());
 }
 
@@ -115,7 +115,7 @@ TEST(FileImageTest, KnowsWhichBytesItHolds) {
 TEST(FileImageTest, RefusesAPlaceInFrontOfItsStart) {
     Image test;
     test.image.begin(100);
-    EXPECT_EQ(codeOf([&] { test.put(99, u8(1)); }), 1024U);
+    EXPECT_EQ(codeThrownBy([&] { test.put(99, u8(1)); }), 1024U);
 }
 
 TEST(FileImageTest, IsTheSameAsAPlainArrayForAnyWrites) {

@@ -17,7 +17,7 @@ using namespace kz::test;
 void expectTooShortAtEveryCut(const Bytes& bytes) {
     for (std::size_t size = 12; size < bytes.size(); ++size) {
         ReadFile file(bytes.cutTo(size).patched(0, u32(size)));
-        EXPECT_EQ(codeOf([&] { file.read(); }), 27U) << "cut to " << size;
+        EXPECT_EQ(codeThrownBy([&] { file.read(); }), 27U) << "cut to " << size;
     }
 }
 
@@ -64,7 +64,7 @@ TEST(MoofBoxTest, NeedsExactlyOneHeader) {
         ReadFile file(bytes);
         const BoxPtr moof = file.make();
         moof->loadTree(BoxFactory::standard());
-        EXPECT_EQ(codeOf([&] { moof->parse(nullptr, true); }), 14U);
+        EXPECT_EQ(codeThrownBy([&] { moof->parse(nullptr, true); }), 14U);
     }
 }
 

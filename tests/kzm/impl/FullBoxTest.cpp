@@ -38,7 +38,7 @@ TEST(FullBoxTest, ThrowsTwentyEightWhenTheBoxEndsBeforeItsFlags) {
     for (std::uint32_t size = 8; size < 12; ++size) {
         ReadFile file(fullBox("test", 1, 7).claiming(size));
         const auto header = readBoxHeader(file.stream, nullptr);
-        EXPECT_EQ(codeOf([&] { FullBox box(file.context(), *header); }), 28U) << size;
+        EXPECT_EQ(codeThrownBy([&] { FullBox box(file.context(), *header); }), 28U) << size;
     }
 }
 

@@ -316,7 +316,7 @@ TEST(MdhdBoxTest, ReadsVersionZeroWith32BitTimes) {
 
 TEST(MdhdBoxTest, RefusesVersionTwo) {
     ReadFile file(hexTable(kMdhd).patched(8, u8(2)));
-    EXPECT_EQ(codeOf([&] { file.read(); }), 1029U);
+    EXPECT_EQ(codeThrownBy([&] { file.read(); }), 1029U);
 }
 
 TEST(MdhdBoxTest, NeedsAllItsBytes) {
@@ -389,7 +389,7 @@ TEST(MediaHeaderTest, WritesTheHeadersOfOtherMedia) {
 
 TEST(SmhdBoxTest, IsReadWithoutAnyFields) {
     ReadFile file(fullBox("smhd", 0, 0));
-    EXPECT_EQ(codeOf([&] { file.read(); }), 0U);
+    EXPECT_EQ(codeThrownBy([&] { file.read(); }), 0U);
 }
 
 TEST(DinfBoxTest, RefersToTheSameFile) {
@@ -418,7 +418,7 @@ TEST(DrefBoxTest, ReadsItsEntriesAsChildren) {
 
 TEST(DrefBoxTest, RefusesVersionTwoWhenItIsMade) {
     ReadFile file(fullBox("dref", 2, 0, u32(0)));
-    EXPECT_EQ(codeOf([&] { file.make(); }), 1029U);
+    EXPECT_EQ(codeThrownBy([&] { file.make(); }), 1029U);
 }
 
 TEST(HintBoxTest, ListsTheTracksItRefersTo) {

@@ -102,7 +102,7 @@ TEST(MdatBoxTest, ThrowsWhenTheStreamTakesNoMore) {
     file.memory.capacity = 20;
     MdatBox box(file.context(), true);
     box.addSample(blocks.make(fill(100000, 1)));
-    EXPECT_EQ(codeOf([&] {
+    EXPECT_EQ(codeThrownBy([&] {
                   box.write();
                   file.stream.flush();
               }),

@@ -46,7 +46,7 @@ public:
         // Another file under the same document, so that no window holds the old bytes.
         file.memory.content = file.memory.content.patched(box.position() + offset, bytes);
         file.stream.open();
-        return codeOf([&] { box.hold(root); });
+        return codeThrownBy([&] { box.hold(root); });
     }
 
     ReadFile file;
@@ -112,7 +112,7 @@ TEST(MoofHoldTest, ReadingAgainWarnsOfNothing) {
     EXPECT_EQ(test.firstSample(0).size, 5U);
     EXPECT_EQ(test.file.warnings.size(), 1U);
     // Whatever comes later is told of again.
-    EXPECT_EQ(codeOf([&] { test.file.stream.warn(ErrorCode::warnTruncated); }), 1028U);
+    EXPECT_EQ(codeThrownBy([&] { test.file.stream.warn(ErrorCode::warnTruncated); }), 1028U);
 }
 
 TEST(MoofHoldTest, GivesTheErrorsOfReadingWhenItReadsAgain) {

@@ -113,14 +113,14 @@ TEST(TfraBoxTest, ReadsNumbersOfTheLengthsItNames) {
 TEST(TfraBoxTest, ThrowsTwentyWhenALengthIsFourOrMore) {
     ReadFile file(fullBox("tfra", 1, 0, u32(7), u32(0x40), u32(0)));
     TfraBox box = readTfra(file);
-    EXPECT_EQ(codeOf([&] { box.parse(nullptr, true); }), 20U);
+    EXPECT_EQ(codeThrownBy([&] { box.parse(nullptr, true); }), 20U);
 }
 
 TEST(TfraBoxTest, ChecksTheCountBeforeItTakesMemory) {
     const auto codeOfCount = [](std::uint32_t count) {
         ReadFile file(fullBox("tfra", 1, 0, u32(7), u32(0x3F), u32(count), fill(28, 0)));
         TfraBox box = readTfra(file);
-        return codeOf([&] { box.parse(nullptr, true); });
+        return codeThrownBy([&] { box.parse(nullptr, true); });
     };
     EXPECT_EQ(codeOfCount(0xFFFFFFFF), 31U);
     EXPECT_EQ(codeOfCount(100000000), 27U);

@@ -17,7 +17,7 @@ auto listOf(const Rows& rows) {
 
 std::uint32_t codeOfReading(const Bytes& box) {
     ReadFile file(box);
-    return codeOf([&] { file.read(); });
+    return codeThrownBy([&] { file.read(); });
 }
 
 /// The bytes of a table made with `arguments` behind its context.
@@ -280,7 +280,7 @@ TEST(SdtpBoxTest, RefusesACountAboveTheLimit) {
     ReadFile file(fullBox("sdtp", 0, 0));
     const BoxPtr made = file.make();
     dynamic_cast<SdtpBox&>(*made).setSampleCount(100000001);
-    EXPECT_EQ(codeOf([&] { made->parse(nullptr, false); }), 31U);
+    EXPECT_EQ(codeThrownBy([&] { made->parse(nullptr, false); }), 31U);
 }
 
 }  // namespace

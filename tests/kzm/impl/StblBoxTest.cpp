@@ -117,10 +117,10 @@ TEST(StblBoxTest, RefusesMoreSamplesThanItHasRoomFor) {
     StblBox box(file.context(), settings);
     box.write();
     box.addSample(sample(0, 0, 1, 0));
-    EXPECT_EQ(codeOf([&] { box.addSample(sample(1, 1, 1, 0)); }), 17U);
+    EXPECT_EQ(codeThrownBy([&] { box.addSample(sample(1, 1, 1, 0)); }), 17U);
 
     StblBox none(file.context(), settingsOf(fourCc("soun")));
-    EXPECT_EQ(codeOf([&] { none.addSample(sample(0, 0, 1, 0)); }), 17U);
+    EXPECT_EQ(codeThrownBy([&] { none.addSample(sample(0, 0, 1, 0)); }), 17U);
 }
 
 TEST(StblBoxTest, KeepsToItsRoomWhenEverySampleIsAChunkAndARun) {
@@ -211,7 +211,7 @@ TEST(TrakBoxTest, TakesTheMediaHeaderOfItsHandler) {
 TEST(TrakBoxTest, RefusesATimescaleOfZero) {
     TrackSettings settings = settingsOf(fourCc("vide"));
     settings.timescale = 0;
-    EXPECT_EQ(codeOf([&] { TrakBox box({}, settings); }), 10U);
+    EXPECT_EQ(codeThrownBy([&] { TrakBox box({}, settings); }), 10U);
 }
 
 TEST(TrakBoxTest, KnowsItsHandlerOnceItsFieldsAreRead) {

@@ -47,13 +47,13 @@ TEST(QlixKZMIStreamTest, HoldsAReferenceWhileItLives) {
         EXPECT_EQ(memory.references, 1);
     }
     EXPECT_EQ(memory.references, 0);
-    EXPECT_EQ(codeOf([] { QlixKZMIStream stream(nullptr); }), 20U);
+    EXPECT_EQ(codeThrownBy([] { QlixKZMIStream stream(nullptr); }), 20U);
 }
 
 TEST(QlixKZMIStreamTest, ThrowsFiveOnAShortRead) {
     ReadFile file(raw({1, 2, 3}));
     std::uint8_t bytes[4];
-    EXPECT_EQ(codeOf([&] { file.stream.readExact(bytes, 4); }), 5U);
+    EXPECT_EQ(codeThrownBy([&] { file.stream.readExact(bytes, 4); }), 5U);
 }
 
 TEST(QlixKZMIStreamTest, MeasuresTheSizeOnceAndKeepsThePosition) {
@@ -85,7 +85,7 @@ TEST(QlixKZMIStreamTest, ThrowsFiveWhenTheStreamCantTellItsSize) {
         memory.tellsLeft = failing;
         QlixKZMIStream stream(&memory);
         stream.open();
-        EXPECT_EQ(codeOf([&] { stream.byteSize(); }), 5U) << failing;
+        EXPECT_EQ(codeThrownBy([&] { stream.byteSize(); }), 5U) << failing;
     }
 }
 
@@ -118,7 +118,7 @@ TEST(QlixKZMIStreamTest, PassesOnWhatTheStreamThrows) {
     ReadFile file(pattern(10, 1));
     file.memory.failAtCall = file.memory.calls;
     file.memory.failure = 3;
-    EXPECT_EQ(codeOf([&] { file.stream.readU32(); }), 3U);
+    EXPECT_EQ(codeThrownBy([&] { file.stream.readU32(); }), 3U);
 }
 
 TEST(QlixKZMIOStreamTest, JoinsAdjacentWrites) {
@@ -180,7 +180,7 @@ TEST(QlixKZMIOStreamTest, ThrowsWriteFailedWhenTheDiskIsFull) {
         WriteFile file;
         file.memory.capacity = 50;
         const Bytes content = pattern(size, 1);
-        EXPECT_EQ(codeOf([&] {
+        EXPECT_EQ(codeThrownBy([&] {
                       file.stream.write(content.data(), content.size());
                       file.stream.flush();
                   }),
@@ -193,10 +193,10 @@ TEST(QlixKZMIOStreamTest, ThrowsWriteFailedWhenTheStreamThrowsWhileWriting) {
     file.stream.write("abc", 3);
     file.memory.failAtCall = file.memory.calls;
     file.memory.failure = 3;
-    EXPECT_EQ(codeOf([&] { file.stream.flush(); }), 1024U);
-    EXPECT_EQ(codeOf([&] { file.stream.flush(); }), 0U);  // what failed is dropped
+    EXPECT_EQ(codeThrownBy([&] { file.stream.flush(); }), 1024U);
+    EXPECT_EQ(codeThrownBy([&] { file.stream.flush(); }), 0U);  // what failed is dropped
     file.memory.failAtCall = file.memory.calls;
-    EXPECT_EQ(codeOf([&] { file.stream.truncate(1); }), 1024U);
+    EXPECT_EQ(codeThrownBy([&] { file.stream.truncate(1); }), 1024U);
 }
 
 TEST(QlixKZMIOStreamTest, ALackOfMemoryWhileWritingStaysOne) {
@@ -216,14 +216,14 @@ TEST(QlixKZMIOStreamTest, PassesOnTheNumberOfAFailedSeek) {
     file.stream.write("abc", 3);
     file.memory.failAtCall = file.memory.calls;
     file.memory.failure = 2;
-    EXPECT_EQ(codeOf([&] { file.stream.flush(); }), 2U);
+    EXPECT_EQ(codeThrownBy([&] { file.stream.flush(); }), 2U);
 }
 
 TEST(QlixKZMIOStreamTest, ClosesAlsoWhenTheLastBytesCantBeWritten) {
     WriteFile file;
     file.memory.capacity = 1;
     file.stream.write("abc", 3);
-    EXPECT_EQ(codeOf([&] { file.stream.close(); }), 1024U);
+    EXPECT_EQ(codeThrownBy([&] { file.stream.close(); }), 1024U);
     EXPECT_FALSE(file.memory.isOpen);
 }
 
@@ -300,18 +300,18 @@ TEST(QlixKZMIOStreamTest, ThrowsWriteFailedWhenAGatherTakesNothingOrTooMuchOrThr
     const std::vector<Bytes> pieces = {text("abc"), text("defg")};
     const std::vector<WritePart> parts = partsOf(pieces);
     memory.capacity = 5;
-    EXPECT_EQ(codeOf([&] { stream.writeParts(parts.data(), parts.size()); }), 1024U);
+    EXPECT_EQ(codeThrownBy([&] { stream.writeParts(parts.data(), parts.size()); }), 1024U);
     memory.capacity = MemoryStream::kNever;
     memory.failAtCall = memory.calls + 1;  // behind the seek, for where it stands isn't known
     memory.failure = 3;
-    EXPECT_EQ(codeOf([&] { stream.writeParts(parts.data(), parts.size()); }), 1024U);
+    EXPECT_EQ(codeThrownBy([&] { stream.writeParts(parts.data(), parts.size()); }), 1024U);
 
     struct Greedy : MemoryStream, QlixGatherStream {
         std::uint64_t writeParts(const WritePart*, std::size_t) override { return 8; }
     } greedy;
     QlixKZMIOStream other(&greedy);
     other.open();
-    EXPECT_EQ(codeOf([&] { other.writeParts(parts.data(), parts.size()); }), 1024U);
+    EXPECT_EQ(codeThrownBy([&] { other.writeParts(parts.data(), parts.size()); }), 1024U);
 }
 
 TEST(QlixKZMStreamTest, TheBaseClassDoesNothing) {
@@ -324,7 +324,7 @@ TEST(QlixKZMStreamTest, TheBaseClassDoesNothing) {
     stream.close();
     EXPECT_EQ(stream.tell(), 0U);
     EXPECT_EQ(stream.byteSize(), 0U);
-    EXPECT_EQ(codeOf([&] { stream.readU32(); }), 5U);
+    EXPECT_EQ(codeThrownBy([&] { stream.readU32(); }), 5U);
 }
 
 TEST(QlixKZMStreamTest, ToleratesWarningsWithoutACallback) {

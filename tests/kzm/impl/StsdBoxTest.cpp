@@ -83,10 +83,10 @@ TEST(StsdBoxTest, LeavesTooFewBytesForAFillerZero) {
 TEST(StsdBoxTest, RefusesADescriptionBeyondItsRoom) {
     StsdBox box({}, roomFor(fourCc("meta"), 20));
     SampleDescriptor description;
-    EXPECT_EQ(codeOf([&] { box.addDescription(plain(description, 21)); }), 15U);
+    EXPECT_EQ(codeThrownBy([&] { box.addDescription(plain(description, 21)); }), 15U);
     EXPECT_EQ(box.entryCount(), 0U);
     EXPECT_EQ(box.addDescription(plain(description, 20)), 1U);
-    EXPECT_EQ(codeOf([&] { box.addDescription(plain(description, 0)); }), 15U);
+    EXPECT_EQ(codeThrownBy([&] { box.addDescription(plain(description, 0)); }), 15U);
     EXPECT_EQ(box.entryCount(), 1U);
 }
 
@@ -119,7 +119,7 @@ TEST(StsdBoxTest, RefusesASecondRtmpDescription) {
     description.handler = fourCc("hint");
     description.format = fourCc("rtmp");
     EXPECT_EQ(box.addDescription(description), 1U);
-    EXPECT_EQ(codeOf([&] { box.addDescription(description); }), 1542U);
+    EXPECT_EQ(codeThrownBy([&] { box.addDescription(description); }), 1542U);
     description.format = fourCc("amf0");
     EXPECT_EQ(box.addDescription(description), 2U);
 }
@@ -222,7 +222,7 @@ TEST(StsdBoxTest, ToleratesZerosBehindTheLastEntry) {
 TEST(StsdBoxTest, RefusesACountAboveTheLimit) {
     for (const std::uint32_t count : {100000001U, 0xFFFFFFFFU}) {
         ReadFile file(fullBox("stsd", 0, 0, u32(count)));
-        EXPECT_EQ(codeOf([&] { file.read(); }), 31U);
+        EXPECT_EQ(codeThrownBy([&] { file.read(); }), 31U);
     }
 }
 

@@ -87,8 +87,9 @@ TEST(TrafBoxTest, ThrowsWhenTheDataOffsetNeedsMoreThanThirtyTwoBits) {
     EXPECT_EQ(box.addSample(sampleAt(0, 0x10000000F, 1)), TrafBox::Added::newRun);
     EXPECT_EQ(box.addSample(sampleAt(1, 0x100000010, 1)), TrafBox::Added::appended)
         << "a run may go on past the limit";
-    EXPECT_EQ(codeOf([&] { box.addSample(sampleAt(2, 0x100000012, 1)); }), 1024U);
-    EXPECT_EQ(codeOf([&] { box.addSample(sampleAt(2, 15, 1)); }), 1024U) << "in front of the base";
+    EXPECT_EQ(codeThrownBy([&] { box.addSample(sampleAt(2, 0x100000012, 1)); }), 1024U);
+    EXPECT_EQ(codeThrownBy([&] { box.addSample(sampleAt(2, 15, 1)); }), 1024U)
+        << "in front of the base";
 }
 
 TEST(TrafBoxTest, GivesDecodeTimesRunByRun) {
@@ -139,13 +140,13 @@ TEST(TrafBoxTest, HoldsRunsThatFollowEachOtherAsOne) {
 
 TEST(TrafBoxTest, ThrowsTwentyFourWithoutAHeader) {
     ReadFile file(box("traf", fullBox("trun", 0, 0, u32(0))));
-    EXPECT_EQ(codeOf([&] { file.read(); }), 24U);
+    EXPECT_EQ(codeThrownBy([&] { file.read(); }), 24U);
 }
 
 TEST(TrafBoxTest, NeedsExactlyOneHeader) {
     ReadFile file(box("traf"));
     const BoxPtr made = file.make();
-    EXPECT_EQ(codeOf([&] { made->parse(nullptr, true); }), 14U);
+    EXPECT_EQ(codeThrownBy([&] { made->parse(nullptr, true); }), 14U);
 }
 
 TEST(TrafBoxTest, ParsesChildrenThatAreNoRuns) {
@@ -240,9 +241,11 @@ TEST(TrafBoxTest, TakesEachValueThatItsHeaderLeavesOutFromTheDefaultsOfTheTrack)
 }
 
 TEST(TrafBoxTest, ThrowsFourteenWithoutAnMvexAndTwentyFiveWithoutATrex) {
-    EXPECT_EQ(codeOf([&] { ReadDocument(movie(track("vide", {})) + fragment(1, plainRun(1))); }),
-              14U);
-    EXPECT_EQ(codeOf([&] { ReadDocument(fragmentedMovie() + fragment(2, plainRun(1))); }), 25U);
+    EXPECT_EQ(
+        codeThrownBy([&] { ReadDocument(movie(track("vide", {})) + fragment(1, plainRun(1))); }),
+        14U);
+    EXPECT_EQ(codeThrownBy([&] { ReadDocument(fragmentedMovie() + fragment(2, plainRun(1))); }),
+              25U);
 }
 
 TEST(TrafBoxTest, StartsWhereTheLastFragmentOfItsTrackEnded) {

@@ -232,7 +232,7 @@ TEST(TrunBoxTest, RefusesCountsThatNoBoxCanHold) {
         ReadFile file(fullBox("trun", 0, flags, u32(count), fill(32, 0)));
         const BoxPtr box = file.make();
         dynamic_cast<TrunBox&>(*box).setDefaults({0, 0, 1, size, 0});
-        return codeOf([&] { box->parse(nullptr, true); });
+        return codeThrownBy([&] { box->parse(nullptr, true); });
     };
     EXPECT_EQ(codeOfCount(0xF00, 0xFFFFFFFF, 1), 29U);
     EXPECT_EQ(codeOfCount(0xF00, 0x10000000, 1), 29U) << "16 x 2^28 is 2^32";
@@ -251,7 +251,7 @@ TEST(TrunBoxTest, ThrowsTwentySevenWhenAFieldIsCut) {
     for (std::size_t size = 12; size < whole.size(); ++size) {
         ReadFile file(whole.cutTo(size).patched(0, u32(size)));
         const BoxPtr box = file.make();
-        EXPECT_EQ(codeOf([&] { box->parse(nullptr, true); }), 27U) << size;
+        EXPECT_EQ(codeThrownBy([&] { box->parse(nullptr, true); }), 27U) << size;
     }
 }
 
