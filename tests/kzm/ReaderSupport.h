@@ -44,6 +44,27 @@ public:
     qlix::kzm::Reader reader;
 };
 
+/// A file with one video track, whose samples last `duration` ticks each.
+inline IsoFile oneTrack(unsigned count, std::uint32_t duration = 40, unsigned syncEvery = 5) {
+    IsoFile file;
+    file.tracks = {isoVideoTrack(1, count, duration, syncEvery)};
+    return file;
+}
+
+/// The same in fragments.
+inline IsoFile fragmented(unsigned count, unsigned perFragment) {
+    IsoFile file = oneTrack(count);
+    file.samplesPerFragment = perFragment;
+    return file;
+}
+
+/// A file with a video track of 10 samples and an audio track of 20.
+inline IsoFile twoTracks() {
+    IsoFile file;
+    file.tracks = {isoVideoTrack(1, 10), isoAudioTrack(2, 20)};
+    return file;
+}
+
 /// The times of samples, with a 'k' behind those of sync samples and an 'e' behind markers:
 /// "0k 40 80".
 inline std::string timesOf(const std::vector<qlix::kzm::Sample>& samples) {

@@ -11,12 +11,6 @@ namespace {
 using namespace kz::test;
 using torvo::kzs::fourCc;
 
-IsoFile twoTracks() {
-    IsoFile file;
-    file.tracks = {isoVideoTrack(1, 10), isoAudioTrack(2, 20)};
-    return file;
-}
-
 // Answers no to every warning.
 class Strict : public WarningHandler {
 public:
@@ -212,105 +206,6 @@ TEST(ReaderTest, AsksTheHandlerAboutStrayBytes) {
     const OpenIso second(fragmented.build() + hex("000000"), true, &handler);
     EXPECT_EQ(codeThrownBy([&] { second.samples(); }), 1028U);
     EXPECT_EQ(handler.codes, std::vector<std::uint32_t>{3073});
-}
-
-TEST(ReaderTest, ReadsTheBytesOfEverySample) {
-    for (const bool isMoovFirst : {true, false}) {
-        IsoFile file;
-        file.isMoovFirst = isMoovFirst;
-        file.tracks = {isoVideoTrack(1, 30)};
-        // Below, at and above the size of a page, and over several of them.
-        for (const std::size_t size : {4095, 4096, 4097, 1, 20000, 3000, 3000, 3000}) {
-            IsoSample sample;
-            sample.data = pattern(size, static_cast<unsigned>(size));
-            file.tracks[0].samples.push_back(sample);
-        }
-        const OpenIso open(file);
-        const std::vector<Sample> samples = open.samples();
-        ASSERT_EQ(samples.size(), file.tracks[0].samples.size());
-        for (std::size_t i = 0; i < samples.size(); ++i) {
-            EXPECT_EQ(open.dataOf(samples[i]), file.tracks[0].samples[i].data) << i;
-        }
-        for (std::size_t i = samples.size(); i-- > 0;) {
-            EXPECT_EQ(open.dataOf(samples[i]), file.tracks[0].samples[i].data) << i;
-        }
-    }
-}
-
-TEST(ReaderTest, ReadsSmallNeighboursWithOneReadOfThePage) {
-    IsoFile file;
-    file.tracks = {isoVideoTrack(1, 100)};
-    OpenIso open(file);
-    const std::vector<Sample> samples = open.samples();
-    const std::uint64_t before = open.memory.reads;
-    for (const Sample& sample : samples) open.dataOf(sample);
-    // The last page is shorter than asked, which takes a second read to see.
-    EXPECT_LE(open.memory.reads - before, 2U);
-}
-
-TEST(ReaderTest, ReadsAPageOnceForTracksThatLieFarApart) {
-    IsoFile file;
-    file.tracks = {isoVideoTrack(1, 200, 20), isoAudioTrack(2, 200)};
-    for (IsoTrack& track : file.tracks) {
-        track.samplesPerChunk = 200;
-        for (IsoSample& sample : track.samples) sample.data = pattern(100, track.id);
-    }
-    OpenIso open(file);
-    const std::vector<Sample> samples = open.samples();
-    const std::uint64_t before = open.memory.reads;
-    for (const Sample& sample : samples) {
-        EXPECT_EQ(open.dataOf(sample), pattern(100, sample.track.info().trackId));
-    }
-    // Five pages for each track; to see that the last one is short takes another read.
-    EXPECT_LE(open.memory.reads - before, 12U);
-}
-
-TEST(ReaderTest, ReadsTheBytesOfManyTracksInTurn) {
-    IsoFile file;
-    for (std::uint32_t id = 1; id <= 70; ++id) file.tracks.push_back(isoVideoTrack(id, 2));
-    const OpenIso open(file);
-    std::size_t count = 0;
-    for (const Sample& sample : open.samples()) {
-        const IsoTrack& track = file.tracks[sample.track.info().trackId - 1];
-        EXPECT_EQ(open.dataOf(sample), track.samples[sample.time / 40].data);
-        ++count;
-    }
-    EXPECT_EQ(count, 140U);
-}
-
-TEST(ReaderTest, RefusesTheBytesOfASampleInFrontOfTheMediaData) {
-    const OpenIso open(twoTracks());
-    Sample sample = open.samples().front();
-    sample.fileOffset = 8;
-    EXPECT_EQ(codeThrownBy([&] { open.dataOf(sample); }), 1030U);
-}
-
-TEST(ReaderTest, ReadsTheBytesOfASampleOnceMoreAfterAFailure) {
-    OpenIso open(twoTracks());
-    const Sample sample = open.samples().front();
-    const Bytes expected = OpenIso(twoTracks()).dataOf(sample);
-    open.memory.failAtCall = open.memory.calls;
-    open.memory.failure = 3;
-    EXPECT_EQ(codeThrownBy([&] { open.dataOf(sample); }), 3U);
-    EXPECT_EQ(open.dataOf(sample), expected);
-}
-
-TEST(ReaderTest, RefusesTheBytesOfASampleBehindTheEnd) {
-    const OpenIso open(twoTracks());
-    for (const std::uint32_t size : {100U, 5000U}) {
-        Sample sample = open.samples().front();
-        sample.fileOffset = open.memory.content.size() - 50;
-        sample.size = size;
-        EXPECT_EQ(codeThrownBy([&] { open.dataOf(sample); }), 1030U);
-        sample.fileOffset = 0x7FFFFFFFFFFFF000;
-        EXPECT_EQ(codeThrownBy([&] { open.dataOf(sample); }), 1030U);
-    }
-}
-
-TEST(ReaderTest, ReadsNothingForASampleOfNoBytes) {
-    const OpenIso open(twoTracks());
-    Sample marker;
-    open.reader.sampleData(marker, nullptr);
 }
 
 TEST(ReaderTest, EndsWithTheMovieItsFragmentsOrNever) {

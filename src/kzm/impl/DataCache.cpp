@@ -10,7 +10,7 @@ namespace qlix::kzm::impl {
 void DataCache::read(std::uint64_t position, std::uint8_t* buffer, std::uint64_t count) {
     if (count == 0) return;
     // On purpose: bytes in front of the first media data are refused although they could be read.
-    // Pinned by ReaderTest.RefusesTheBytesOfASampleInFrontOfTheMediaData.
+    // Pinned by SampleDataTest.RefusesTheBytesOfASampleInFrontOfTheMediaData.
     if (position < base_) raise(ErrorCode::sampleUnreadable);
     std::uint64_t done = 0;
     while (count <= kPageSize && done < count) {
