@@ -23,12 +23,7 @@ void StssBox::addSample(std::uint32_t number) {
 void StssBox::readFields() {
     FieldReader in = fields();
     const std::uint32_t count = limited(in.u32(), ErrorCode::tableTooLarge);
-    const std::vector<std::uint8_t> bytes = readRows(in, kRowSize, count);
-    sampleNumbers_.clear();
-    sampleNumbers_.reserve(bytes.size() / kRowSize);
-    for (std::size_t at = 0; at < bytes.size(); at += kRowSize) {
-        sampleNumbers_.push_back(torvo::kzs::loadU32(&bytes[at]));
-    }
+    readWords(in, count, sampleNumbers_);
 }
 
 std::unique_ptr<SyncSampleIterator> StssBox::syncSamplesFrom(std::uint32_t sample) const {

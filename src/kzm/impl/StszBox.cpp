@@ -26,12 +26,7 @@ void StszBox::readFields() {
     fixedSize_ = in.u32();
     sampleCount_ = limited(in.u32(), ErrorCode::tableTooLarge);
     sizes_.clear();
-    if (fixedSize_ != 0) return;
-    const std::vector<std::uint8_t> bytes = readRows(in, kRowSize, sampleCount_);
-    sizes_.reserve(bytes.size() / kRowSize);
-    for (std::size_t at = 0; at < bytes.size(); at += kRowSize) {
-        sizes_.push_back(torvo::kzs::loadU32(&bytes[at]));
-    }
+    if (fixedSize_ == 0) readWords(in, sampleCount_, sizes_);
 }
 
 std::unique_ptr<SampleSizeIterator> StszBox::sizesFrom(std::uint32_t sample) const {

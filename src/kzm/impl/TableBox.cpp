@@ -1,6 +1,6 @@
 #include "kzm/impl/TableBox.h"
 
-#include <algorithm>
+#include "kzs/base/ByteOrder.h"
 
 namespace qlix::kzm::impl {
 
@@ -50,6 +50,16 @@ std::vector<std::uint8_t> TableBox::readRows(FieldReader& in, std::uint64_t rowS
     std::vector<std::uint8_t> rows = in.bytes(rowSize * count);
     rows.resize(rows.size() - rows.size() % rowSize);
     return rows;
+}
+
+void TableBox::readWords(FieldReader& in, std::uint32_t count, BoxVector<std::uint32_t>& words) {
+    constexpr std::size_t kWordSize = 4;
+    const std::vector<std::uint8_t> bytes = readRows(in, kWordSize, count);
+    words.clear();
+    words.reserve(bytes.size() / kWordSize);
+    for (std::size_t at = 0; at < bytes.size(); at += kWordSize) {
+        words.push_back(torvo::kzs::loadU32(&bytes[at]));
+    }
 }
 
 }  // namespace qlix::kzm::impl

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <cstdint>
+#include <vector>
+
+#include "kzm/impl/BoxVector.h"
 #include "kzm/impl/FullBox.h"
 
 namespace qlix::kzm::impl {
@@ -32,12 +36,14 @@ protected:
     /// Writes rows behind the others without keeping them: the next row goes over them.
     void putPending(const FieldWriter& rows, std::uint32_t count);
 
-    /// Reads the row count and the rows, `rowSize` bytes each, by one read; fewer rows come if the
-    /// stream ends first. Throws `tooMany` for a count above kSanityLimit (none: no limit) and
-    /// boxTooShort for one beyond the box.
+    /// `count`, which stands in a file. Throws `tooMany` above kSanityLimit.
+    static std::uint32_t limited(std::uint32_t count, ErrorCode tooMany);
+    /// Reads `count` rows of `rowSize` bytes each by one read; fewer rows come if the stream ends
+    /// first. Throws boxTooShort for a count beyond the box.
     static std::vector<std::uint8_t> readRows(FieldReader& in, std::uint64_t rowSize,
                                               std::uint32_t count);
-    static std::uint32_t limited(std::uint32_t count, ErrorCode tooMany);
+    /// The same for rows of one word, whose values take the place of what is in `words`.
+    static void readWords(FieldReader& in, std::uint32_t count, BoxVector<std::uint32_t>& words);
 
 private:
     void putCount(std::uint32_t count);
