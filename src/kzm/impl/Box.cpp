@@ -11,11 +11,7 @@ void BoxDeleter::operator()(Box* box) const noexcept {
     if (box == nullptr) return;
     void* memory = dynamic_cast<void*>(box);
     box->~Box();
-    if (allocator_ != nullptr) {
-        allocator_->release(memory);
-    } else {
-        ::operator delete(memory);
-    }
+    releaseTo(allocator_, memory);
 }
 
 Box::Box(const BoxContext& context, std::uint32_t type, bool isLarge)

@@ -4,7 +4,7 @@
 #include <new>
 #include <utility>
 
-#include "kzm/Allocator.h"
+#include "kzm/impl/AllocateFrom.h"
 
 namespace qlix::kzm::impl {
 
@@ -38,18 +38,12 @@ using BoxPtr = BoxPtrOf<Box>;
 /// `MfhdBox(context, 7u)`. What the constructor throws passes on, the memory is given back.
 template <class T, class... Arguments>
 BoxPtrOf<T> makeBox(const BoxContext& context, Arguments&&... arguments) {
-    Allocator* allocator = context.allocator;
-    void* memory =
-        allocator != nullptr ? allocator->allocate(sizeof(T)) : ::operator new(sizeof(T));
+    void* memory = allocateFrom(context.allocator, sizeof(T));
     try {
         return BoxPtrOf<T>(new (memory) T(context, std::forward<Arguments>(arguments)...),
-                           BoxDeleter(allocator));
+                           BoxDeleter(context.allocator));
     } catch (...) {
-        if (allocator != nullptr) {
-            allocator->release(memory);
-        } else {
-            ::operator delete(memory);
-        }
+        releaseTo(context.allocator, memory);
         throw;
     }
 }

@@ -5,7 +5,7 @@
 #include <new>
 #include <vector>
 
-#include "kzm/Allocator.h"
+#include "kzm/impl/AllocateFrom.h"
 
 namespace qlix::kzm::impl {
 
@@ -21,18 +21,10 @@ public:
 
     T* allocate(std::size_t count) {
         if (count > std::numeric_limits<std::size_t>::max() / sizeof(T)) throw std::bad_alloc();
-        void* memory = allocator_ != nullptr ? allocator_->allocate(count * sizeof(T))
-                                             : ::operator new(count * sizeof(T));
-        return static_cast<T*>(memory);
+        return static_cast<T*>(allocateFrom(allocator_, count * sizeof(T)));
     }
 
-    void deallocate(T* pointer, std::size_t /*count*/) noexcept {
-        if (allocator_ != nullptr) {
-            allocator_->release(pointer);
-        } else {
-            ::operator delete(pointer);
-        }
-    }
+    void deallocate(T* pointer, std::size_t /*count*/) noexcept { releaseTo(allocator_, pointer); }
 
     Allocator* allocator() const noexcept { return allocator_; }
 

@@ -4,6 +4,8 @@
 #include <limits>
 #include <new>
 
+#include "kzm/impl/AllocateFrom.h"
+
 namespace qlix::kzm::impl {
 namespace {
 
@@ -34,20 +36,13 @@ void FragmentHeap::release(void* pointer) noexcept {
 void FragmentHeap::addChunk(std::size_t size) {
     const std::size_t count = std::max(size, kChunkSize);
     chunks_.reserve(chunks_.size() + 1);
-    void* const bytes = source_ != nullptr ? source_->allocate(count) : ::operator new(count);
+    void* const bytes = allocateFrom(source_, count);
     chunks_.push_back({static_cast<unsigned char*>(bytes), count});
     used_ = 0;
 }
 
 void FragmentHeap::dropChunks(std::size_t kept) noexcept {
-    for (; chunks_.size() > kept; chunks_.pop_back()) {
-        void* const bytes = chunks_.back().bytes;
-        if (source_ != nullptr) {
-            source_->release(bytes);
-        } else {
-            ::operator delete(bytes);
-        }
-    }
+    for (; chunks_.size() > kept; chunks_.pop_back()) releaseTo(source_, chunks_.back().bytes);
 }
 
 }  // namespace qlix::kzm::impl
