@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "kzm/impl/FlatCall.h"
 #include "kzm/impl/KZMTrack.h"
 #include "kzm/impl/Reader.h"
 #include "kzs/base/ByteOrder.h"
@@ -9,15 +10,7 @@
 namespace qlix::kzm {
 namespace {
 
-// Runs an operation as the handles do: whatever fails is thrown as its number.
-template <class Operation>
-auto flat(Operation operation) {
-    try {
-        return operation();
-    } catch (...) {
-        throw Exception(numberOfCurrentException());
-    }
-}
+using impl::flat;
 
 impl::ScaledTime scaled(const MovieTime& time) { return {time.value, time.timescale}; }
 

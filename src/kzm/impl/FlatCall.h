@@ -8,8 +8,17 @@
 
 namespace qlix::kzm::impl {
 
-/// Runs an operation of a writer as the public handles do: whatever fails becomes a number, the
-/// writer is told, and the number is thrown.
+/// Runs an operation as the public handles do: whatever fails is thrown as its number.
+template <class Operation>
+auto flat(Operation operation) {
+    try {
+        return operation();
+    } catch (...) {
+        throw Exception(numberOfCurrentException());
+    }
+}
+
+/// The same for an operation of a writer, which is told of the number first.
 template <class WriterImpl, class Operation>
 auto flatCall(WriterImpl& writer, Operation operation) {
     try {
@@ -35,12 +44,10 @@ void closeAndDelete(WriterImpl* writer) noexcept {
 /// Makes a writer that is closed when its last handle goes; what fails is thrown as its number.
 template <class WriterImpl, class... Arguments>
 std::shared_ptr<WriterImpl> makeFlat(Arguments&&... arguments) {
-    try {
+    return flat([&] {
         return std::shared_ptr<WriterImpl>(new WriterImpl(std::forward<Arguments>(arguments)...),
                                            closeAndDelete<WriterImpl>);
-    } catch (...) {
-        throw Exception(numberOfCurrentException());
-    }
+    });
 }
 
 }  // namespace qlix::kzm::impl

@@ -89,7 +89,7 @@ ScaledTime Reader::wholeEnd() const {
     const MovieHeader& movie = document_.movieHeader().movie();
     const MvexBox* mvex = document_.moov().mvex();
     if (mvex == nullptr || movie.duration != 0) return {movie.duration, movie.timescale};
-    const MehdBox* mehd = document_.moov().mvex()->mehd();
+    const MehdBox* mehd = mvex->mehd();
     const std::uint64_t ofFragments = mehd != nullptr ? mehd->duration() : 0;
     return {ofFragments != 0 ? ofFragments : std::numeric_limits<std::uint64_t>::max(),
             movie.timescale};

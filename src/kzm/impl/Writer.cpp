@@ -188,17 +188,19 @@ void Writer::addToTables(TrackState& track, std::uint64_t time, const PendingSam
     track.trak->stbl()->addSample(row);
 }
 
-void Writer::addToMoof(TrackState& track, std::uint64_t time, const PendingSample& sample) {
-    if (!fragment_) {
-        ++sequenceNumber_;
-        fragment_ = std::make_unique<OpenFragment>(fragmentContext(), sequenceNumber_,
-                                                   sample.offset, tracks_);
-        for (TrackState& each : tracks_) {
-            each.hasSamples = false;
-            each.trunNumber = 0;
-            each.sampleNumber = 0;
-        }
+void Writer::beginFragment(std::uint64_t baseOffset) {
+    ++sequenceNumber_;
+    fragment_ =
+        std::make_unique<OpenFragment>(fragmentContext(), sequenceNumber_, baseOffset, tracks_);
+    for (TrackState& each : tracks_) {
+        each.hasSamples = false;
+        each.trunNumber = 0;
+        each.sampleNumber = 0;
     }
+}
+
+void Writer::addToMoof(TrackState& track, std::uint64_t time, const PendingSample& sample) {
+    if (!fragment_) beginFragment(sample.offset);
 
     FragmentSample row;
     row.decodeTime = time;

@@ -101,6 +101,8 @@ protected:
 
 private:
     void addToFragment(TrackState& track, std::uint64_t time, PendingSample& sample);
+    /// `baseOffset` is what the offsets of its samples count from.
+    void beginFragment(std::uint64_t baseOffset);
     void addToMoof(TrackState& track, std::uint64_t time, const PendingSample& sample);
     void addToTables(TrackState& track, std::uint64_t time, const PendingSample& sample);
     void patchLastDuration(const TrackState& track, std::uint64_t time);
