@@ -1,12 +1,11 @@
 #include "kzs/OnMetaDataBuilder.h"
 
-#include <algorithm>
-#include <iterator>
 #include <sstream>
 
 #include "kzs/OnMetaDataRecord.h"
 #include "kzs/OnMetaDataWriter.h"
 #include "kzs/base/ByteOrder.h"
+#include "kzspkgutil/model/BoxSearch.h"
 #include "kzspkgutil/model/IMediaProperties.h"
 
 namespace torvo::kzs {
@@ -49,19 +48,10 @@ void describe(const KZSTrack& track, MetaTrackInfo& info) {
     info.setLanguage(track.language);
 }
 
-/// The decoder configuration that begins behind the letters "avcC"; null where the blob has none
-/// or the box around it doesn't fit into the blob.
+/// The decoder configuration in the `avcC` box of a blob; null where there is none.
 const std::uint8_t* findAvcConfiguration(const Blob& blob) {
-    constexpr std::uint8_t kLetters[] = {'a', 'v', 'c', 'C'};
-    constexpr std::size_t kSizeField = 4;
-    if (blob.size() < kSizeField) return nullptr;
-    const auto letters = std::search(blob.begin() + kSizeField, blob.end(), std::begin(kLetters),
-                                     std::end(kLetters));
-    if (letters == blob.end()) return nullptr;
-    const auto box = letters - kSizeField;
-    const std::uint32_t size = loadU32(&*box);
-    const bool fits = size <= static_cast<std::uint64_t>(blob.end() - box);
-    return fits && size > kBoxHeaderSize + kLevelOffset ? &*box + kBoxHeaderSize : nullptr;
+    const kzspkgutil::ByteView box = kzspkgutil::findBox(blob, fourCc("avcC"));
+    return box.size > kBoxHeaderSize + kLevelOffset ? box.data + kBoxHeaderSize : nullptr;
 }
 
 /// On purpose: `mp4v` counts, too, though it can't have an `avcC`.

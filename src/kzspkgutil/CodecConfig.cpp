@@ -1,14 +1,10 @@
 #include "kzspkgutil/CodecConfig.h"
 
-#include <algorithm>
-#include <array>
-
 #include "kzs/base/ByteOrder.h"
 
 namespace torvo::kzspkgutil {
 namespace {
 
-constexpr std::size_t kBoxHeaderSize = 8;
 constexpr std::size_t kFullBoxHeaderSize = 12;
 constexpr std::uint8_t kStreamDescriptor = 3;
 constexpr std::uint8_t kDecoderConfigDescriptor = 4;
@@ -19,9 +15,9 @@ constexpr std::size_t kDecoderFactsSize = 13;
 constexpr int kMostLengthBytes = 4;
 
 /// Reads descriptors one after the other. Once a step fails, all later ones do.
-class DescriptorReader {
+class DescriptorCursor {
 public:
-    explicit DescriptorReader(ByteView bytes) : bytes_(bytes) {}
+    explicit DescriptorCursor(ByteView bytes) : bytes_(bytes) {}
 
     bool skip(std::size_t count) {
         if (count > bytes_.size) return fail();
@@ -68,25 +64,11 @@ private:
 
 }  // namespace
 
-ByteView findBox(const Blob& blob, std::uint32_t type) {
-    std::array<std::uint8_t, 4> letters{};
-    kzs::storeU32(letters.data(), type);
-    if (blob.size() < kBoxHeaderSize) return {};
-    // A hit in the first four bytes has no room for the size word ahead of it.
-    const auto hit = std::search(blob.begin() + 4, blob.end(), letters.begin(), letters.end());
-    if (hit == blob.end()) return {};
-
-    const auto start = static_cast<std::size_t>(hit - blob.begin()) - 4;
-    const std::size_t size = kzs::loadU32(blob.data() + start);
-    if (size < kBoxHeaderSize || size > blob.size() - start) return {};
-    return {blob.data() + start, size};
-}
-
 ByteView findAudioSpecificConfig(const Blob& blob) {
     const ByteView box = findBox(blob, kzs::fourCc("esds"));
     if (box.size == 0) return {};
     const auto start = static_cast<std::size_t>(box.data - blob.data());
-    DescriptorReader in({box.data, blob.size() - start});
+    DescriptorCursor in({box.data, blob.size() - start});
 
     std::uint8_t first = 0;
     std::size_t length = 0;
