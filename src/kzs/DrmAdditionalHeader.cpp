@@ -6,6 +6,7 @@
 #include "kvl/amfmessage/AMF0Markers.h"
 #include "kvl/amfmessage/AMF0Props.h"
 #include "kvl/amfmessage/AMF0Values.h"
+#include "kzs/base/BoxFunctions.h"
 
 namespace torvo::kzs {
 namespace {
@@ -18,26 +19,6 @@ using kvl::amfmessage::AMF0PropString;
 using kvl::amfmessage::AMF0String;
 
 constexpr std::uint8_t kVersionWithFilter = 3;
-
-/// Puts the exception setting of a stream back at the end of the scope.
-class ExceptionSetting {
-public:
-    explicit ExceptionSetting(std::ostream& stream)
-        : stream_(stream), before_(stream.exceptions()) {}
-    ExceptionSetting(const ExceptionSetting&) = delete;
-    ExceptionSetting& operator=(const ExceptionSetting&) = delete;
-    ~ExceptionSetting() {
-        try {
-            stream_.exceptions(before_);
-        } catch (const std::ios::failure&) {
-            // A stream that has failed throws on the change, once it is made.
-        }
-    }
-
-private:
-    std::ostream& stream_;
-    std::ios::iostate before_;
-};
 
 void writeKeyInfo(const DrmAdditionalHeader& header, std::ostream& stream) {
     AMF0PropObjectBegin("KeyInfo").write(stream);
@@ -73,8 +54,8 @@ void writeParams(const DrmAdditionalHeader& header, std::ostream& stream) {
 }  // namespace
 
 void writeDrmAdditionalHeader(const DrmAdditionalHeader& header, std::ostream& stream) {
-    const ExceptionSetting restored(stream);
-    stream.exceptions(std::ios::eofbit | std::ios::failbit | std::ios::badbit);
+    const StreamExceptionGuard guard(stream,
+                                     std::ios::eofbit | std::ios::failbit | std::ios::badbit);
     AMF0String("|AdditionalHeader").write(stream);
     AMF0ObjectBegin().write(stream);
     AMF0PropObjectBegin("Encryption").write(stream);
