@@ -8,8 +8,6 @@
 namespace torvo::kzs {
 namespace {
 
-constexpr std::uint32_t kNothingYet = 0xFFFFFFFF;
-
 BootstrapInfo withEmptyTables() {
     BootstrapInfo info;
     info.segmentRunTables.emplace_back();

@@ -40,6 +40,8 @@ public:
     std::uint32_t allowedDrift() const { return allowedDrift_; }
 
 private:
+    static constexpr std::uint32_t kNothingYet = 0xFFFFFFFF;
+
     std::uint32_t rounded(std::uint64_t duration) const;
     bool hasDrifted(std::uint64_t time) const;
     bool endsWithIndicator(std::uint32_t indicator) const;
@@ -54,9 +56,9 @@ private:
     std::uint32_t allowedDrift_;
     BootstrapInfo bootstrap_;
     BootstrapInfo fullBootstrap_;
-    std::uint32_t lastSegment_ = 0xFFFFFFFF;
-    std::uint32_t lastFragment_ = 0xFFFFFFFF;
-    std::uint32_t lastDuration_ = 0xFFFFFFFF;
+    std::uint32_t lastSegment_ = kNothingYet;
+    std::uint32_t lastFragment_ = kNothingYet;
+    std::uint32_t lastDuration_ = kNothingYet;
     std::uint64_t expectedTime_ = 0;
 };
 

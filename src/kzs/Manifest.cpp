@@ -42,13 +42,6 @@ void seedIds() { seedRandom(static_cast<unsigned>(fileTimeSeconds())); }
 
 }  // namespace
 
-Rendition makeRendition(const ManifestContent& content) {
-    Rendition rendition;
-    rendition.bootstrapBuilder =
-        BootstrapBuilder(content.durationPrecision, content.frameDuration, content.allowedDrift);
-    return rendition;
-}
-
 Manifest::Manifest(std::uint32_t fragmentDuration, double durationPrecision, double frameDuration,
                    std::uint32_t allowedDrift, const std::string& id, const std::string& mimeType,
                    const std::string& streamType, double duration) {

@@ -27,10 +27,10 @@ void writeBytes(std::ostream& stream, const std::uint8_t* bytes, std::size_t cou
 void readBoxHeader(std::istream& stream, StreamBoxHeader& header) {
     const std::uint32_t size = readU32(stream);
     header.type = readU32(stream);
+    // On purpose: a size of 0 leaves the record as it came.
+    // Pinned by BoxFunctionsTest.KeepsTheSizeTheHeaderWasMadeWithWhereTheFieldIs0.
     if (size == 1) {
         header.size = readU64(stream);
-        // On purpose: a size of 0 leaves the record as it came.
-        // Pinned by BoxFunctionsTest.KeepsTheSizeTheHeaderWasMadeWithWhereTheFieldIs0.
     } else if (size != 0) {
         header.size = size;
     }
