@@ -28,6 +28,7 @@ FragmentEvent AVFragmenter::addSample(const FragmenterSample& sample) {
     if (state_ == 2) return beforeFirstKeyFrame(step);
     // On purpose: only from state 3 on. Nothing of the length zero can be closed, so that audio
     // and a key frame of equal times don't make an empty fragment.
+    // Pinned by AVFragmenterTest.MakesNoFragmentOfLengthZero.
     if (startsTheFragment(step.time)) return nothing(step);
     switch (state_) {
         case 4:
@@ -51,6 +52,7 @@ FragmentEvent AVFragmenter::inFirstCell(const Step& step) {
         return firstCut(step);
     }
     // On purpose: the start keeps its timescale, which is 1000 here.
+    // Pinned by AVFragmenterTest.AStartOnTheGridKeepsTheTimescaleItHad.
     fragmentStart_.value = (step.cell - 1) * fragmentDuration_;
     fragmentStart_.flags[0] = 0;
     fragmentStart_.flags[1] = 0;

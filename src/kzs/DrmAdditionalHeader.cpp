@@ -47,6 +47,7 @@ void writeParams(const DrmAdditionalHeader& header, std::ostream& stream) {
     AMF0ObjectEnd().write(stream);
     writeKeyInfo(header, stream);
     // On purpose: no run has version 3, the branch belongs to the format.
+    // Pinned by DrmAdditionalHeaderTest.FilterInfoIsWrittenForVersionThreeOnly.
     if (header.version == kVersionWithFilter) writeFilterInfo(header, stream);
     AMF0ObjectEnd().write(stream);
 }

@@ -15,6 +15,7 @@ struct DrmAdditionalHeader {
     std::uint8_t paramsVersion = 1;
     /// On purpose: three words in front of the algorithm and three behind the key length belong to
     /// the record and not to its written form.
+    /// Pinned by DrmAdditionalHeaderTest.UnusedWordsAreOneZeroOne.
     std::array<std::uint32_t, 3> wordsBeforeAlgorithm = {1, 0, 1};
     std::string encryptionAlgorithm = "AES-CBC";
     std::uint8_t keyLength = 16;

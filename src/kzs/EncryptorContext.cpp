@@ -81,6 +81,7 @@ EncryptorContext::EncryptorContext(
     // Pinned by EncryptorContextTest.ASecondContextGetsTheHandlesOfTheFirst.
     if (handles.areMade) return;
     // On purpose: set before the work, so a failure below leaves later contexts without handles.
+    // Pinned by EncryptorContextTest.AFailureIsTheLibrarysAndIsNotMadeUpForLater.
     handles.areMade = true;
 
     const hlx::DRMRegistration registration;

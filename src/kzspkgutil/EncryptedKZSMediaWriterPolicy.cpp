@@ -87,6 +87,7 @@ bool EncryptedKZSMediaWriterPolicy::isAvc(std::uint32_t trackClass) const {
     if (trackClass != kVideoTrackClass || videoDescriptors_.empty()) return false;
     // On purpose: the protected format is asked, which is `encv`, so this is never true. The
     // library tells AVC from the bytes.
+    // Pinned by EncryptedPolicyTest.IsAvcIsFalseForEverySample.
     switch (videoDescriptors_.front().protectedFormat) {
         case kzs::fourCc("H264"):
         case kzs::fourCc("h264"):

@@ -31,6 +31,7 @@ bool isSupported(std::uint32_t format) {
 }
 
 // On purpose: only the first description decides; those behind it may be of any format.
+// Pinned by KZMMediaSourceTest.GoesByTheFirstDescriptionAlone.
 bool isSupported(const qlix::kzm::Track& track) {
     return track.descriptionCount() > 0 && isSupported(track.description(0).format);
 }

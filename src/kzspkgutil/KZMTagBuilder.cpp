@@ -57,6 +57,7 @@ void writeAvcFrame(const TagForm& form, const KZMSampleFacts& sample, std::uint8
 }
 
 // On purpose: VP6 with alpha gets the same two bytes and no offset of its alpha data.
+// Pinned by Vp6TagTest.HasNoAlphaOffsetWithAlpha.
 void writeVp6Frame(const TagForm& form, const KZMSampleFacts& sample, std::uint8_t* body) {
     const std::uint32_t cropping =
         (sample.description.height & 0x0F) | ((sample.description.width * 16) & 0xFF);
@@ -69,6 +70,7 @@ void writeVp6Frame(const TagForm& form, const KZMSampleFacts& sample, std::uint8
 std::uint8_t nellymoserByte(const KZMDescriptionFacts& description) {
     const float rate = description.sampleRate;
     // On purpose: the field has to say 2, a count of bytes; 16 bits leave the bit off.
+    // Pinned by NellymoserTagTest.HasNoSizeBitForASampleSizeInBits.
     const unsigned size = description.sampleSize == 2 ? 2 : 0;
     const unsigned stereo = description.channelCount == 2 ? 1 : 0;
     const auto between = [rate](float low, float high) { return low < rate && rate < high; };

@@ -66,6 +66,7 @@ qlix::kzm::WriterConfiguration KZSMediaWriter::configuration() const {
     configuration.modificationDate = configuration.creationDate;
     configuration.rate = properties_.rate;
     // On purpose: a movie is never louder than full volume, whatever its source says.
+    // Pinned by KZSMediaWriterTest.NeverRaisesTheVolumeOfTheMovieAbove1.
     configuration.volume = std::min(properties_.volume, 1.0F);
     configuration.timescale = properties_.timescale;
     // On purpose: cut to 32 bits, since the durations in the file come from its samples anyway.
@@ -141,6 +142,7 @@ FragmentPosition KZSMediaWriter::writeUpTo(MessageList&& messages, const Timesta
     if (end != messages.begin()) {
         setBootstrap(bootstrap, bootstrapSize);
         // On purpose: each call begins anew, so that its first audio gets a header of its own.
+        // Pinned by CallsTest.BeginAnewWithEachFragment.
         Timestamp lastHeaderTime;
         std::for_each(messages.begin(), end, [&](TCMessage& message) {
             writeMessage(message, lastHeaderTime);
@@ -148,6 +150,7 @@ FragmentPosition KZSMediaWriter::writeUpTo(MessageList&& messages, const Timesta
         });
     }
     // On purpose: the position goes back one call late, and the next fragment is already open.
+    // Pinned by KZSMediaWriterFragmentsTest.AnswersThePositionOfTheFragmentItCompletes.
     const FragmentPosition position = {fragmentOffset_, 0};
     fragmentOffset_ = writer_.startFragment();
     return position;
@@ -156,6 +159,7 @@ FragmentPosition KZSMediaWriter::writeUpTo(MessageList&& messages, const Timesta
 void KZSMediaWriter::writeMessage(const TCMessage& message, Timestamp& lastHeaderTime) {
     if (message.getTagSize() == 0) return;
     // On purpose: the type byte as it stands; bits other than that of encryption make it unknown.
+    // Pinned by KZSMediaWriterFragmentsTest.PassesOverUnknownTagTypes.
     switch (message.getTag()[0]) {
         case kAudioTag:
         case kEncryptedAudioTag:
@@ -186,6 +190,7 @@ void KZSMediaWriter::writeMessage(const TCMessage& message, Timestamp& lastHeade
 ///   yes          any                      no                no            no
 ///
 /// On purpose: a first message at 0 leaves the last header at 0, so that the next gets one too.
+/// Pinned by CallsTest.GiveTheSecondAudioAHeaderTooWhenTheFirstIsAt0.
 void KZSMediaWriter::writeAudio(const TCMessage& message, Timestamp& lastHeaderTime) {
     const Timestamp time = message.getSampleTime();
     const Timestamp nextDue = {

@@ -40,6 +40,7 @@ public:
     /// Those of the source.
     MediaProperties getProperties() const override { return properties_; }
     /// On purpose: always empty; a writer is no source of tracks.
+    /// Pinned by KZSMediaWriterTest.TellsTheSourcesPropertiesAndNoTracks.
     boost::shared_ptr<ITrackIterator> getTracks() const override;
 
 private:

@@ -13,6 +13,7 @@ namespace torvo::kzspkgutil {
 ///
 /// On purpose: the lists of descriptions grow with every file of a run, and the first entry of
 /// each stays the one that headers are made of.
+/// Pinned by PolicyTest.GoesByTheFirstDescriptionItWasEverToldOf.
 class KZSMediaWriterPolicy final : public IKZSMediaWriterPolicy {
 public:
     /// `context` outlives the policy.

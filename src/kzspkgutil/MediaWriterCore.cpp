@@ -55,7 +55,7 @@ qlix::kzm::SampleData sharedData(const TCMessage& message) {
 KZMSample hintSampleOf(const TCMessage& message, bool isSync) {
     KZMSample sample;
     sample.size = message.getTagSize();
-    sample.time = message.getSampleTime().value;  // on purpose: cuts go by the message time
+    sample.time = message.getSampleTime().value;  // on purpose: not that by which cuts go
     sample.timescale = kTimescale;
     sample.handler = fourCc("hint");
     sample.kind = isSync ? qlix::kzm::kSyncSample : 0;
@@ -108,6 +108,7 @@ TrackHandle MediaWriterCore::addTrack(KZSWriter& writer, const KZSTrack& track,
     info.flags = track.trackFlags;
     // On purpose: always milliseconds, and the duration's number goes over as it stands, in
     // whatever timescale the track has. Players go by the hint track's times.
+    // Pinned by AddTrackTest.PutsTheDurationNumberInMillisecondsAsItStands.
     info.timescale = kTimescale;
     info.duration = truncatedLow32(static_cast<double>(track.duration) / 1000 * 1000 + 0.5);
     info.creationDate = currentDate();
@@ -173,6 +174,7 @@ void MediaWriterCore::addDataDescription(KZSWriter& writer, const TrackHandle& t
                                          const KZSSampleDescriptor&, std::uint32_t format,
                                          const Blob& protection) {
     // On purpose: the extra data of a data track isn't carried.
+    // Pinned by AddDataDescriptionTest.DoesNotCarryTheExtraData.
     qlix::kzm::SampleDescriptor description;
     description.format = format;
     description.handler = fourCc("meta");
@@ -199,6 +201,7 @@ void MediaWriterCore::writeAudio(KZSWriter& writer, const TrackHandle& hintTrack
     if (message.getTagSize() <= kTagOverhead) return;
     if (isAacHeader(message)) {
         // On purpose: never in the index, whatever was asked for.
+        // Pinned by WriteAudioTest.PutsASequenceHeaderInTheHintTrackAndNeverInTheIndex.
         writeHeader(writer, hintTrack, message, false);
         return;
     }
@@ -226,6 +229,7 @@ void MediaWriterCore::writeVideo(KZSWriter& writer, const TrackHandle& hintTrack
         case kAvcCodec:
             // On purpose: the index entry is on the sequence header in front of a key frame, so
             // that a player that starts there gets it, and never on the key frame.
+            // Pinned by WriteVideoTest.PutsAnAvcSequenceHeaderInTheHintTrackAndTheIndex.
             if (isAvcHeader(message)) {
                 writeHeader(writer, hintTrack, message, true);
             } else {

@@ -24,6 +24,8 @@ Sample sampleOf(const TCMessage& message) {
     const unsigned codec = message.getTagBody()[0] & kCodecBits;
     // On purpose: the second header byte of a VP6 tag is encrypted with its sample. The tag's type
     // isn't looked at, so an audio or data tag with such a first byte takes the same step.
+    // Pinned by MessageEncryptorTest.SecondByteOfAVp6HeaderIsEncrypted and
+    // .AudioWithSuchAFirstByteTakesTheSameStep.
     if ((codec == kVp6 || codec == kVp6WithAlpha) && message.getSampleDataOffset() > 0) {
         --sample.data;
         ++sample.size;
@@ -48,6 +50,7 @@ TCMessage finish(const TCMessage& old, const BlockPtr& block, std::uint32_t body
     const std::uint32_t tagSize = bodySize + kTagOverhead;
     const auto sampleOffset = static_cast<std::uint32_t>(sampleStart - tag);
     // On purpose: the flag and the IV count as sample data, so the hint's range covers them.
+    // Pinned by EncryptedPolicyTest.MediaSamplesCoverTheInitialisationVector.
     return TCMessage(old.getSampleTime(), old.getMessageTime(), tagSize, block, sampleStart,
                      tagSize - sampleOffset - kPreviousTagSizeSize);
 }
@@ -82,6 +85,7 @@ TCMessage encryptMessage(const hlx::HLXEncryptor& encryptor, IPackagerContext& c
         encryptor.prepareSample(sample.data, sample.size, trackClassOf(message.getTag()[0]),
                                 message.getSampleTime().value, isAvc);
     // On purpose: a new block for a clear sample, too. Callers get one of their own either way.
+    // Pinned by MessageEncryptorTest.AClearSampleKeepsItsLayoutInANewBlock.
     if (info.encrypted == 0) return copyClear(context, message, sample);
 
     const char* name = info.filterNames[info.filterCount - 1];

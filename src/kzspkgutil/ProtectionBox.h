@@ -10,6 +10,7 @@ namespace torvo::kzspkgutil {
 /// What the `sinf` box of a protected sample description says.
 struct ProtectionBoxContent {
     /// From 3 on the second text is written. On purpose: no run sets another value than 1.
+    /// Pinned by ProtectionBoxTest.RecordVersionOfARunIsOne.
     std::uint8_t recordVersion = 1;
     std::uint32_t clearFormat = 0;
     std::uint8_t ahdrVersion = 2;

@@ -37,6 +37,7 @@ void NoValueConfigType::addToDescription(po::options_description& description,
 void NoValueConfigType::readFromConfig(OptionMap& options, const kvl::config::ConfigNode& settings,
                                        const std::string& key) const {
     // On purpose: only this one word turns a switch on; "yes", "1" and "TRUE" don't.
+    // Pinned by ConfigTypeTest.ASwitchKnowsOnlyTheWordTrue.
     options[key] = trimmedText(settings, key) == "true";
 }
 
@@ -57,6 +58,7 @@ void BoolConfigType::readFromConfig(OptionMap& options, const kvl::config::Confi
                                     const std::string& key) const {
     const std::string text = trimmedText(settings, key);
     // On purpose: fewer words than on the command line, and no failure for the others.
+    // Pinned by ConfigTypeTest.ABoolTakesTwoWordsAndElseItsDefault.
     options[key] = text == "true" || (text != "false" && default_);
 }
 
@@ -75,6 +77,7 @@ void DoubleConfigType::addToDescription(po::options_description& description,
 void DoubleConfigType::readFromConfig(OptionMap& options, const kvl::config::ConfigNode& settings,
                                       const std::string& key) const {
     // On purpose: a text that is no number gives the default without a word.
+    // Pinned by ConfigTypeTest.ANumberThatDoesNotConvertIsTheDefault.
     options[key] = kvl::config::numberOr(settings.child(key), default_);
 }
 

@@ -29,6 +29,7 @@ std::uint32_t flagWord(const OptionMap& options, const std::string& key) {
 }
 
 /// On purpose: a negative number is a high unsigned one, and leaves almost everything clear.
+/// Pinned by EncryptionSetupTest.AClearStartKeepsItsLow32Bits.
 std::uint32_t clearMilliseconds(const OptionMap& options) {
     const double value = numberOf(options, "ms-unencrypted");
     return fitsInteger(value) ? low32(value) : 0;
@@ -59,6 +60,7 @@ kzs::EncryptorContext gatherSettings(const OptionMap& options) {
     flags[2] = flagWord(options, "encrypt-data");
     flags[4] = clearMilliseconds(options);
     // On purpose: tested last, so that a missing file is told before a bad level.
+    // Pinned by EncryptionSetupTest.MissingFilesAreToldBeforeABadLevel.
     flags[3] = encryptLevel(options);
     return kzs::EncryptorContext(kKind, contentId, std::move(commonKey), licenseServerUrl,
                                  transportCertificate, serverCertificate, credential, password,
@@ -95,6 +97,7 @@ bool EncryptionSetup::certificateStaysValid(std::string& dateText) const {
 
 std::string certificateWarning(const std::string& dateText) {
     // On purpose: no blanks in front of "(or" and of "Please".
+    // Pinned by EncryptionSetupTest.TheWarningHasItsTwoMissingBlanks.
     return "Orvane Media Server content protection certificates shall expire(or has expired) "
            "w.e.f from " +
            dateText + ".Please install updated certificates.\n";
@@ -102,6 +105,7 @@ std::string certificateWarning(const std::string& dateText) {
 
 void writeDrmMetadataFile(const OptionMap& options, const EncryptionSetup& setup) {
     // On purpose: one name for all jobs, so that the next one in the folder replaces the file.
+    // Pinned by EncryptionSetupTest.TheMetadataFileIsReplaced.
     const std::string path = pathInOutput(options, "drmmetadata.bin");
     refuseInput(path, textOf(options, "input-file"));
     OutputFile file(path);

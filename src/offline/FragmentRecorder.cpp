@@ -41,6 +41,7 @@ std::string primedBootstrap(const kzs::Rendition& rendition) {
     stream.exceptions(std::ios::failbit | std::ios::badbit);
     // On purpose: the stream is primed with a byte that whoever takes the bytes skips, so that
     // there is a buffer whatever the bootstrap holds.
+    // Pinned by FragmentRecorderTest.TheBootstrapIsPrimedWithAZeroByte.
     stream.put('\0');
     kzs::writeBootstrap(stream, rendition.bootstrap(), /*bodyOnly=*/true);
     return stream.str();
@@ -83,6 +84,7 @@ void FragmentRecorder::startSpan(const FragmentEvent& event, const Timestamp& cu
     registerFragment(event, currentTime, /*isLast=*/false);
     // On purpose: the entry has an offset of 0, and no index file is written until the span ends
     // and the data is there.
+    // Pinned by FragmentRecorderTest.TheStartOfASpanIsRegisteredAndNothingIsWritten.
     appendEntry(event, 0);
 }
 
@@ -96,6 +98,7 @@ void FragmentRecorder::endSpan(const FragmentEvent& event) {
 void FragmentRecorder::handleEnd(const FragmentEvent& event, const Timestamp& lastTime) {
     if (event.kind == FragmentEventKind::SpanEnd) {
         // On purpose: no end mark, no step to the next segment, and nothing is dropped.
+        // Pinned by FragmentRecorderTest.ASpanThatEndsTheInputHasNoEndMarkAndCountsNothing.
         recordGap(event);
         writeKeptFragment(event.end);
     } else if (event.kind == FragmentEventKind::None && lastCut_) {
@@ -104,6 +107,7 @@ void FragmentRecorder::handleEnd(const FragmentEvent& event, const Timestamp& la
         writeFragment(tailBehindLastCut(lastTime), lastTime, /*isLast=*/true);
     } else {
         // On purpose: whatever the kind, so that even an input without samples has a fragment.
+        // Pinned by FragmentRecorderTest.AnInputWithoutSamplesHasAFragmentNumberedZero.
         writeFragment(event, lastTime, /*isLast=*/true);
     }
 }
@@ -133,6 +137,7 @@ void FragmentRecorder::registerFragment(const FragmentEvent& event, const Timest
 
     kzs::BootstrapInfo& bootstrap = builder.bootstrap();
     // On purpose: the time of the sample that brought the cut, not the end of the fragment.
+    // Pinned by FragmentRecorderTest.TheCurrentMediaTimeIsThatOfTheSampleAndNotOfTheCut.
     bootstrap.currentMediaTime = currentTime;
     bootstrap.profile = 0;
     bootstrap.live = false;
@@ -146,6 +151,7 @@ void FragmentRecorder::writeFragment(const FragmentEvent& event, const Timestamp
     writeIndexFile();
     // On purpose last: the index file just written and the entry name the segment that has the
     // fragment.
+    // Pinned by FragmentRecorderTest.EntriesAndFilesNameTheSegmentOfTheFragment.
     segmenter_.advance(millisecondsBetween(event.start, event.end));
 }
 
@@ -163,6 +169,7 @@ void FragmentRecorder::writeKeptFragment(const Timestamp& cutTime) {
 
 void FragmentRecorder::recordGap(const FragmentEvent& event) {
     // On purpose: the current media time stays what it was.
+    // Pinned by FragmentRecorderTest.AGapLeavesTheCurrentMediaTimeAlone.
     rendition_.bootstrapBuilder.addDiscontinuity(segmenter_.currentSegment(), event.fragmentNumber,
                                                  event.start);
     appendEntry(event, kzs::kNoFragmentData);
@@ -212,6 +219,7 @@ void FragmentRecorder::writeIndexFile() {
 kzspkgutil::MessageList::iterator FragmentRecorder::firstKeptAt(const Timestamp& cutTime) {
     // On purpose: the walk stops at the first message that stays; one behind it stays too, even
     // if its time is before the cut.
+    // Pinned by FragmentRecorderTest.MessagesBeforeTheCutAreDroppedUpToTheFirstThatStays.
     return std::find_if(
         pending_.begin(), pending_.end(),
         [&](const kzspkgutil::TCMessage& message) { return message.getSampleTime() >= cutTime; });

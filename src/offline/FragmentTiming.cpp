@@ -54,6 +54,8 @@ void applyFrames(const OptionMap& options, double framePeriod, FragmentTiming& t
         countOf(options, "frame-precision", "no value specified for frame precision"));
     // On purpose: the count of frames is a 32-bit product, and the order of the factors decides
     // the last digits.
+    // Pinned by FragmentTimingTest.TheCountOfFramesIsA32BitProduct and
+    // .TheOrderOfTheFactorsDecidesTheLastDigits.
     const std::uint32_t frames = framesPerInterval * intervals;
     timing.fragmentDuration = low32Truncated(static_cast<double>(frames) * framePeriod * 1000.0);
     timing.durationPrecision = static_cast<double>(precision) * framePeriod * 1000.0;
@@ -67,9 +69,11 @@ FragmentTiming fragmentTimingOf(const OptionMap& options) {
     FragmentTiming timing;
     timing.fragmentDuration = toMilliseconds(numberOf(options, "fragment-duration"));
     // On purpose: the precision too goes through whole milliseconds.
+    // Pinned by FragmentTimingTest.SecondsAreTruncatedToMilliseconds.
     timing.durationPrecision = toMilliseconds(numberOf(options, "duration-precision"));
     timing.allowedDrift = toMilliseconds(numberOf(options, "allowed-drift"));
     // On purpose: also when frame-based values are about to replace these two.
+    // Pinned by FragmentTimingTest.AZeroFragmentDurationFailsEvenWithFrameBasedValues.
     requireUsable(timing);
 
     double framePeriod = kTimeBasedFramePeriod;

@@ -23,6 +23,8 @@ FragmentTiming fragmentTimingOf(const OptionMap& options);
 ///
 /// On purpose: a negative value wraps, so -1 s is 4294966296. A value that is not finite, or of
 /// 2^63 ms and more in size, is 0.
+/// Pinned by FragmentTimingTest.NegativeSecondsWrapTo32Bits and
+/// .ValuesThatAreNoNumberOfMillisecondsAreZero.
 std::uint32_t toMilliseconds(double seconds);
 
 }  // namespace torvo::offline

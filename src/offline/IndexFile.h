@@ -15,7 +15,9 @@ class IndexFile {
 public:
     IndexFile(std::string outputPath, std::string baseName);
 
-    /// Writes the whole index as the file of `segment`, in the place of one that is there.
+    /// Writes the whole index as the file of `segment`, in the place of one that is there. From
+    /// the second time on it is written over where it stands, and stays open until the next
+    /// segment's turn or `close`.
     ///
     /// Throws InvalidAfraException, before the file is touched, where two neighbours among the
     /// global entries don't have consecutive fragment numbers, and std::ios_base::failure.

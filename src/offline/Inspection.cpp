@@ -71,6 +71,7 @@ void inspectIndex(const OptionMap& options, std::ostream& out) {
     const PrintSettings settings(out);
     std::ifstream stream = openInput(options);
     // On purpose: at the first byte, although the help speaks of a segment file too.
+    // Pinned by InspectCliTest.AnIndexOrABootstrapBehindOtherBytesIsNotLookedFor.
     printIndexAt(stream, out);
 }
 
@@ -89,6 +90,7 @@ void inspectFragments(const OptionMap& options, std::ostream& out) {
             << '\n';
         printIndexAt(stream, out);
         // On purpose: the next bootstrap wherever it is, past further indexes too.
+        // Pinned by InspectCliTest.TheBootstrapMayLieBehindFurtherIndexes.
         if (kzs::findBox(stream, fourCc("abst"))) printBootstrapAt(stream, out);
     }
 }

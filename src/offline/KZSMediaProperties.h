@@ -16,6 +16,7 @@ public:
     /// On purpose the copies have one description, of the size of the first one's extra data, no
     /// samples, and room for `kEmptyEdits` empty edits: a track that begins late needs its edit
     /// list in every segment. Descriptors are shared with the source.
+    /// Pinned by KZSMediaPropertiesTest.TracksAreCopiedForASegmentOfTheirOwn.
     void fillFrom(const kzspkgutil::IMediaProperties& source);
 
     kzspkgutil::MediaProperties getProperties() const override { return properties_; }

@@ -17,8 +17,8 @@ namespace torvo::offline {
 std::unique_ptr<kzs::Manifest> makeManifest(const OptionMap& options, const std::string& id,
                                             double durationSeconds);
 
-/// Writes the committed manifest in the place of a file that is there, which stays as it is until
-/// the whole text stands. Throws std::ios_base::failure.
+/// Writes the committed manifest in the place of a file that is there, which is emptied once the
+/// whole text stands in memory. Throws std::ios_base::failure.
 void writeManifestFile(const kzs::Manifest& manifest, const std::string& path);
 
 }  // namespace torvo::offline

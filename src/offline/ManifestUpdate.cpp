@@ -24,6 +24,8 @@ std::string targetPath(const OptionMap& options) {
     const std::string& manifestFile = textOf(options, "manifest-file");
     // On purpose: a name of the user's own is taken as it is, and the test for a free name comes
     // ahead of the change of the extension.
+    // Pinned by ManifestUpdateTest.ANameOfTheUsersOwnIsOverwritten and
+    // .AFreeNameIsLookedForBeforeTheExtensionChanges.
     const std::string target =
         outputName.empty() ? uniquePath(pathInOutput(options, lastComponentOf(manifestFile)))
                            : pathInOutput(options, lastComponentOf(outputName));

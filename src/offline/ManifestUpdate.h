@@ -22,6 +22,7 @@ void updateManifest(const OptionMap& options, const std::vector<std::uint8_t>& a
 /// The first of `path` with "_1", "_2" and so on ahead of its extension that doesn't exist.
 ///
 /// On purpose: `path` itself is never the answer, not even where nothing is there.
+/// Pinned by ManifestUpdateTest.UniquePathNeverAnswersThePathItself.
 std::string uniquePath(const std::string& path);
 
 }  // namespace torvo::offline

@@ -21,6 +21,7 @@ void addText(OptionTable& table, const char* key, const char* defaultValue, cons
 
 // On purpose, in the texts below: "Specfies", the two blanks behind "content.", the missing one
 // behind "0 (low),", and apostrophes that are the byte 0x92 in two texts and plain in a third.
+// Pinned by PackagerOptionsTest.TheHelpListingKeepsItsSpellings.
 
 void addFileOptions(OptionTable& table) {
     addSwitch(table, "help", "Print this Help Message");

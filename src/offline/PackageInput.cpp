@@ -37,6 +37,7 @@ std::unique_ptr<IMediaSource> openSource(const OptionMap& options, IPackagerCont
     if (!boost::filesystem::exists(path)) throw FileNotFoundException(path);
 
     // On purpose: edit lists of the input count only when asked for.
+    // Pinned by PackageKzmCliTest.EditListsCountOnlyWhenAskedFor.
     const bool ignoresEdits = !flagOf(options, "edit-list");
     const std::unique_ptr<IMediaSourceProvider> providers[] = {
         std::make_unique<kzspkgutil::FLVMediaSourceProvider>(),
@@ -98,6 +99,7 @@ void packageInput(const OptionMap& options, IPackagerContext& context,
     const std::unique_ptr<kzs::Manifest> manifest =
         makeManifest(options, baseName, durationSeconds);
     // On purpose: the base name is both. An entry of that name in a loaded manifest is replaced.
+    // Pinned by PackageCliTest.TheStreamAndItsUrlAreBothTheBaseName.
     kzs::Rendition& rendition =
         manifest->addMedia(baseName, baseName, numberOf(options, "bitrate"));
     PackagingRun(options, context, policy, *source, rendition).run(durationSeconds * 1000.0);
@@ -110,6 +112,7 @@ void packageInput(const OptionMap& options, IPackagerContext& context,
     }
     rendition.drmMetadata = protectionHeader;
     // On purpose: in a plain run too, whose manifest then names the content.
+    // Pinned by PackageCliTest.AContentIdAloneIsAPlainRunThatNamesTheContent.
     rendition.drmContentId = textOf(options, "content-id");
     manifest->commit();
     writeManifestFile(*manifest, pathInOutput(options, baseName + ".kzd"));

@@ -113,6 +113,7 @@ void PackagerOptions::readCommandLine(const std::vector<std::string>& arguments,
         po::notify(given);
     } catch (const po::error&) {
         // On purpose: what was wrong isn't told, only how to call the program.
+        // Pinned by PackagerOptionsTest.ABadCommandLineIsToldTheUsageAlone.
         throw ProgramOptionsException(kProgramName);
     }
 }

@@ -48,6 +48,7 @@ void parseOptions(OptionMap& options, const std::vector<std::string>& arguments,
 ///
 /// On purpose: read from the front only. An option that is set behind all the empty ones goes
 /// unnoticed, so `content-id` alone passes.
+/// Pinned by ProtectionOptionsTest.ASetIsReadFromTheFrontOnly.
 void checkProtectionOptions(const OptionMap& options);
 
 }  // namespace torvo::offline

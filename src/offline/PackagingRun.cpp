@@ -19,6 +19,7 @@ namespace {
 
 /// On purpose: a segment writer is never destroyed, only finished. The owner isn't either, so
 /// that the writers can always be reached.
+/// Pinned by PackagingRunTest.TheLastSegmentStaysOpenUntilTheProcessEnds.
 SegmentWriter& keepUntilTheProcessEnds(std::unique_ptr<SegmentWriter> writer) {
     static auto* const kept = new std::vector<std::unique_ptr<SegmentWriter>>;
     kept->push_back(std::move(writer));
@@ -74,6 +75,7 @@ void PackagingRun::packageSamples(double limitMs) {
     while (sampleIterator_->hasNext()) {
         // On purpose: the sample that ends the loop, and every skipped one, is still the last
         // sample that the fragmenter is told of at the end.
+        // Pinned by PackagingRunTest.SkippedSamplesAreNotReadButCanBeTheLast.
         lastSample_ = sampleIterator_->next();
         if (pastLimit_ && stopRequested_) break;
         // On purpose: past the limit, not at it, compared as floating numbers.
@@ -111,6 +113,7 @@ void PackagingRun::finish() {
     context_.getMemoryArena().reset();
     segmenter_->finishWriter();
     // On purpose once more: the last fragment may have led on to a segment that has no index file.
+    // Pinned by PackagingRunTest.TheIndexOfTheLastSegmentIsWrittenEvenIfThatHasNoFragment.
     recorder_->finishIndexFile();
 }
 

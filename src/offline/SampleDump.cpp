@@ -106,6 +106,7 @@ void dumpAll(Reader& reader, kzs::AVFragmenter& fragmenter, std::ostream& out) {
         Sample sample = samples->next();
         last = fragmenterSampleOf(sample);
         // On purpose: skipped samples too, and every kind of event closes.
+        // Pinned by SampleDumpCliTest.EveryClosingEventEndsAPrintedFragment.
         const kzs::FragmentEvent event = fragmenter.addSample(last);
         if (event.kind != kzs::FragmentEventKind::None) {
             printSamples(reader, pending, event.fragmentNumber, out);

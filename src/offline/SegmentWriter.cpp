@@ -47,6 +47,7 @@ void SegmentWriter::advance(std::uint32_t milliseconds) {
     elapsed_ += milliseconds;
     // On purpose: more than, not as much as, and only now that the fragment is in the file. The
     // last fragment may so leave a segment behind that has a header and nothing else.
+    // Pinned by PackageCliTest.AsMuchAsTheSegmentDurationIsNotMore.
     if (segmentDuration_ != 0 && elapsed_ > segmentDuration_) roll();
 }
 

@@ -19,7 +19,8 @@ public:
     FullBox(const BoxContext& context, const BoxHeader& header);
 
     void writeHeader() override;
-    /// On purpose the full header is always counted as 12 bytes.
+    /// On purpose the full header is always counted as 12 bytes, however long the header is that
+    /// was read.
     std::uint64_t fieldsSize() const override;
     void readVersionAndFlags() override;
     void resetSize() override;

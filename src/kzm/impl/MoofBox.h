@@ -26,8 +26,8 @@ using MoofHold = std::unique_ptr<MoofBox, LetMoofGo>;
 ///
 /// A recording has thousands of fragments, and one or two of them are in use at a time. So a box
 /// that was held and isn't any more destroys what is inside, and reads it from the file again for
-/// the next who holds it. Pointers to the boxes inside are good as long as one holds it; a box that
-/// nobody has held yet is whole.
+/// the next who holds it, up to eight readings: from then on it stays. Pointers to the boxes inside
+/// are good as long as one holds it; a box that nobody has held yet is whole.
 class MoofBox final : public Box {
 public:
     /// Makes the `mfhd` too.

@@ -58,6 +58,7 @@ void closeBox(std::ostream& stream, std::uint64_t start) {
     }
     // On purpose: written wherever the stream stands now, which behind a large size is not the
     // size field. No box of this program comes near that size.
+    // Pinned by BoxFunctionsTest.ClosesALargeBoxWithThreeWrites.
     writeU32(stream, low32(size));
     stream.seekp(end);
 }

@@ -44,9 +44,11 @@ public:
 
     /// New files get read and write permission for all, less the umask, and are not locked.
     /// On purpose: a second open takes a new descriptor and leaves the old one open.
+    /// Pinned by FileStreamTest.TakesANewDescriptorWhenOpenedTwice.
     void open() override;
     /// On purpose it reports nothing, as `tell` doesn't: who wants to hear of a failure calls
     /// `settle` first.
+    /// Pinned by FileStreamTest.ClosesWithoutAWordWhateverTheSystemSays.
     void close() override;
     /// Asks for what only a close tells, and stays open: file systems that write late report a
     /// full disk or a used up quota there. Throws IOStreamException.
