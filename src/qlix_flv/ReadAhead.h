@@ -15,8 +15,7 @@ namespace qlix::flv {
 /// order never seeks. Blocks are allocated when first needed. Offsets must lie inside the stream.
 class ReadAhead {
 public:
-    /// All blocks together stay in the processor's cache between the read and the copy.
-    static constexpr std::uint32_t kBlockSize = 64 * 1024;
+    static constexpr std::uint32_t kBlockSize = 256 * 1024;
     static constexpr std::size_t kBlockCount = 4;
 
     /// What happens to blocks between the stream's position and the one that is wanted.

@@ -39,23 +39,10 @@ TEST(ReadAheadTest, SmallTagsInOrderCostNoSeeksAndFewReads) {
     expectAllCopied(tags, file);
     EXPECT_LE(file.stream.seeks, 2);
     EXPECT_EQ(file.stream.bytesRead, content.size());
-    EXPECT_LE(static_cast<std::size_t>(file.stream.reads), content.size() / (kMebibyte / 16) + 1);
+    EXPECT_LE(static_cast<std::size_t>(file.stream.reads), content.size() / (kMebibyte / 4) + 1);
 }
 
 TEST(ReadAheadTest, BodiesOfSomeBlocksAreReadOnceInPassing) {
-    std::vector<FlvTag> tags;
-    for (unsigned i = 0; i < 12; ++i) {
-        tags.push_back(avcFrame(i * 40, true, body(100000, i)));
-        tags.push_back(mp3Frame(i * 40, body(400, i)));
-    }
-    const Bytes content = flvFile(tags);
-    FlvFixture file(content);
-    expectAllCopied(tags, file);
-    EXPECT_EQ(file.stream.bytesRead, content.size());
-    EXPECT_LE(file.stream.seeks, 2);
-}
-
-TEST(ReadAheadTest, BodiesOfManyBlocksAreReadOnceWhereTheyAreCopied) {
     std::vector<FlvTag> tags;
     for (unsigned i = 0; i < 12; ++i) {
         tags.push_back(avcFrame(i * 40, true, body(500000, i)));
@@ -65,8 +52,7 @@ TEST(ReadAheadTest, BodiesOfManyBlocksAreReadOnceWhereTheyAreCopied) {
     FlvFixture file(content);
     expectAllCopied(tags, file);
     EXPECT_EQ(file.stream.bytesRead, content.size());
-    // The block in front, the one with the next header and the body between them.
-    EXPECT_LE(file.stream.reads, 3 * 12 + 2);
+    EXPECT_LE(file.stream.seeks, 2);
 }
 
 TEST(ReadAheadTest, LargeBodiesGoStraightToTheBufferOfTheCaller) {
@@ -107,7 +93,7 @@ TEST(ReadAheadTest, CopiesAreRightWhateverTheSizesAndTheOrder) {
 TEST(ReadAheadTest, TheEndOfAFileOnTheEdgeOfABlockIsNotPassed) {
     // 13 bytes of file header, 11 + 1 + 4 around the data, and the block size in all.
     for (const std::size_t around : {0U, 1U, 2U}) {
-        const std::vector<FlvTag> tags{mp3Frame(0, body(64 * 1024 - 30 + around, 1))};
+        const std::vector<FlvTag> tags{mp3Frame(0, body(256 * 1024 - 30 + around, 1))};
         FlvFixture file(flvFile(tags));
         expectAllCopied(tags, file);
     }

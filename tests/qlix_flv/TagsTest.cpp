@@ -220,7 +220,7 @@ TEST(DocInfoTest, DamageEndsTheWalkWithWhatWasSeen) {
 
 TEST(DocInfoTest, AStreamThatFailsOnTheWalkIsNoDamage) {
     FlvFixture file(flvFile({mp3Frame(0, pattern(300000, 1)), mp3Frame(26, raw({1}))}));
-    file.stream.failingRead = 1;  // the first read brings the first 64 KiB
+    file.stream.failingRead = 1;  // the first read brings the first 256 KiB
     ASSERT_EQ(file.open(), 0U);
     FLVDocInfo info{};
     EXPECT_EQ(QlixFLVReaderGetDocInfo(file.reader, &info), 5U);
