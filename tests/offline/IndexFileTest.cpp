@@ -91,6 +91,21 @@ TEST(IndexFileTest, AGrowingIndexIsWhollyRewritten) {
               kz::test::readFile(folder / "otherSeg1.kzx"));
 }
 
+TEST(IndexFileTest, TheNextSegmentLeavesTheFileOfTheOneBeforeAlone) {
+    const TempDir folder;
+    IndexFile file(folder.path(), "b");
+    kzs::AfraIndex index;
+    std::uint32_t number = 0;
+    for (const std::uint32_t segment : {1U, 1U, 2U, 2U}) {
+        index.globalEntries.push_back(entry(++number));
+        file.writeIndexFile(index, segment);
+    }
+    file.close();
+    // 25 bytes and 32 for each entry.
+    EXPECT_EQ(kz::test::readFile(folder / "bSeg1.kzx").size(), 89U);
+    EXPECT_EQ(kz::test::readFile(folder / "bSeg2.kzx").size(), 153U);
+}
+
 TEST(IndexFileTest, NumbersThatAreNotConsecutiveFailBeforeTheFileIsTouched) {
     const TempDir folder;
     for (const std::uint32_t second : {7U, 9U, 6U}) {

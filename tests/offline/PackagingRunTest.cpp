@@ -1,5 +1,6 @@
 #include <cerrno>
 #include <filesystem>
+#include <ios>
 
 #include <boost/smart_ptr/make_shared.hpp>
 #include <gtest/gtest.h>
@@ -249,6 +250,23 @@ TEST_F(PackagingRunTest, AFailureThatOnlyAClosedSegmentTellsIsAFailureOfTheWrite
         }
         EXPECT_EQ(code, numberOf(qlix::kzm::ErrorCode::writeFailed)) << segment;
     }
+}
+
+// An index stays open from its second fragment on: until the next segment's first, or the end.
+TEST_F(PackagingRunTest, AFailureThatOnlyAClosedIndexTellsEndsTheRun) {
+    samplesEvery(500, 13000);
+    for (const double segmentDuration : {7.0, 0.0}) {
+        rendition = kzs::Rendition();
+        const kz::test::FailingClose fault("clipSeg1.kzx", EDQUOT);
+        EXPECT_THROW(run(0.0, {{"segment-duration", segmentDuration}}), std::ios_base::failure)
+            << segmentDuration;
+    }
+}
+
+TEST_F(PackagingRunTest, NoIndexStaysOpenBehindTheRun) {
+    samplesEvery(500, 13000);
+    run(0.0);
+    EXPECT_EQ(openFilesAt(folder / "clipSeg1.kzx"), 0);
 }
 
 TEST_F(PackagingRunTest, BadTimingIsRefused) {
