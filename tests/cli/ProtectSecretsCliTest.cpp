@@ -57,9 +57,6 @@ protected:
             "long.pfx",
             makePfx(testKey(KeyKind::p256, 3), makeCertificate(ProtectionFiles::spec(3)), pfx));
     }
-    void SetUp() override {
-        if (!StoppedProcess::isPossible()) GTEST_SKIP() << "processes can't be followed here";
-    }
     /// The arguments of a run whose password is given by the words `given`; `more` as for
     /// withProtection.
     std::vector<std::string> arguments(const std::vector<std::string>& given,

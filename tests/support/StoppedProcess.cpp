@@ -66,14 +66,6 @@ Bytes readMemory(int memory, std::uint64_t begin, std::uint64_t end) {
 
 }  // namespace
 
-bool StoppedProcess::isPossible() {
-    const pid_t child = fork();
-    if (child < 0) return false;
-    if (child == 0) _exit(ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) == 0 ? 0 : 1);
-    int status = 0;
-    return waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
-}
-
 StoppedProcess::StoppedProcess(const std::vector<std::string>& argv, const std::string& suffix)
     : child_(fork()) {
     if (child_ < 0) throw std::runtime_error("fork failed");

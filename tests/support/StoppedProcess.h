@@ -12,8 +12,6 @@ namespace kz::test {
 /// memory can be looked into. It is killed at the end.
 class StoppedProcess {
 public:
-    /// Whether this system lets a process follow another at all.
-    static bool isPossible();
     /// Runs argv[0] with argv until it is about to write to a file whose name ends in `suffix`.
     /// Throws std::runtime_error when it ends before, or can't be followed.
     StoppedProcess(const std::vector<std::string>& argv, const std::string& suffix);
