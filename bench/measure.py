@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Times the packager beside plain copies of the same bytes, all in one run.
 
-usage: measure.py [--quick] [--rows NAME,...] BINARY CLIP WORK_FOLDER
+usage: measure.py [--quick] [--rows NAME,...] BUILD_FOLDER CLIP WORK_FOLDER
 
 The commands of a row are run in turns, five times each (--quick: three, on inputs of a tenth of
 the size). Times are told as seconds and as ratios to `cp` of the same run: best against best, and
@@ -69,7 +69,9 @@ class Bench:
             f" {'out/in':>7} {'x cp':>6} {'(median)':>9} {'CPU x cp':>8}")
 
     def __init__(self, options):
-        self.binary, self.clip = options.binary, options.clip
+        self.binary = options.build / "kzspackager"
+        self.held_copy = options.build / "bench" / "held_copy"
+        self.clip = options.clip
         self.work = pathlib.Path(options.work)
         self.rounds = 3 if options.quick else 5
         self.scale = 0.1 if options.quick else 1.0
@@ -95,7 +97,7 @@ class Bench:
     def written(self):
         return sum(bytes_in(self.work / name) for name in ("out", "copy") if (self.work / name).exists())
 
-    def commands(self, path, options, protection):
+    def commands(self, path, options, protection, fragment_bytes):
         copy = str(self.work / "copy")
         commands = {"cp": ["cp", str(path), copy]}
         if protection:
@@ -106,21 +108,22 @@ class Bench:
             return commands
         # The two that are compared run behind each other: they meet the machine in the same state.
         commands["packager"] = self.package(path, *options)
+        commands["held copy"] = [str(self.held_copy), str(path), copy, str(fragment_bytes)]
         commands["cat > null"] = ["cat", str(path)]
         commands["dd"] = ["dd", f"if={path}", f"of={copy}", "bs=256k", "status=none"]
         return commands
 
-    def row(self, name, kind, megabytes, options=(), is_protected=False):
+    def row(self, name, kind, megabytes, options=(), is_protected=False, fragment_bytes=4_000_000):
         size = max(5.0, megabytes * self.scale)
         path, small = self.make(kind, size), self.make(kind, min(size, 100.0))
         protection = protection_options(self.work / "keys") if is_protected else ()
         runs, written, calls = {}, {}, {}
         for _ in range(self.rounds):
-            for label, argv in self.commands(path, options, protection).items():
+            for label, argv in self.commands(path, options, protection, fragment_bytes).items():
                 self.fresh()
                 runs.setdefault(label, []).append(timed(argv))
                 written[label] = self.written()
-        for label, argv in self.commands(small, options, protection).items():
+        for label, argv in self.commands(small, options, protection, fragment_bytes).items():
             self.fresh()
             calls[label] = system_calls(argv)
         self.fresh()
@@ -153,8 +156,8 @@ class Bench:
 
 ROWS = {
     "flv": ("FLV, 8 Mbit/s", "flv", 1000),
-    "audio": ("FLV, audio", "audio", 200),
-    "short": ("FLV, 0.5 s fragments", "short", 668, ("--fragment-duration=0.5",)),
+    "audio": ("FLV, audio", "audio", 200, (), False, 64_000),
+    "short": ("FLV, 0.5 s fragments", "short", 668, ("--fragment-duration=0.5",), False, 9_300),
     "mp4": ("MP4", "mp4", 1000),
     "fmp4": ("MP4, fragmented", "fmp4", 1000),
     "edit": ("MP4, edit lists", "mp4", 1000, ("--edit-list",)),
@@ -166,7 +169,7 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--quick", action="store_true")
     parser.add_argument("--rows", default=",".join(ROWS))
-    parser.add_argument("binary", type=pathlib.Path)
+    parser.add_argument("build", type=pathlib.Path)
     parser.add_argument("clip", type=pathlib.Path)
     parser.add_argument("work")
     options = parser.parse_args()

@@ -6,5 +6,7 @@ set -euo pipefail
 top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 "$top/scripts/dependencies.sh" bench
 "$top/scripts/run.sh" --version >/dev/null
-exec python3 "$top/bench/measure.py" "$@" "$top/build/release/kzspackager" \
+(cd "$top" && cmake --preset release -DKZ_BENCH=ON &&
+    cmake --build --preset release --target held_copy) >/dev/null
+exec python3 "$top/bench/measure.py" "$@" "$top/build/release" \
     "$top/tests/data/media/h264_aac_20s.flv" "${KZ_BENCH_DIR:-$top/build/bench}"
