@@ -33,7 +33,7 @@ void writeAll(int file, const char* bytes, std::size_t count) {
 
 int opened(const char* path, int flags) {
     const int file = ::open(path, flags | O_CLOEXEC, 0666);
-    if (file < 0) throw std::runtime_error("can't open ") + path;
+    if (file < 0) throw std::runtime_error(std::string("can't open ") + path);
     return file;
 }
 

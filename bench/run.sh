@@ -7,6 +7,6 @@ top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 "$top/scripts/dependencies.sh" bench
 "$top/scripts/run.sh" --version >/dev/null
 (cd "$top" && cmake --preset release -DKZ_BENCH=ON &&
-    cmake --build --preset release --target held_copy) >/dev/null
+    cmake --build --preset release --target held_copy) >&2
 exec python3 "$top/bench/measure.py" "$@" "$top/build/release" \
     "$top/tests/data/media/h264_aac_20s.flv" "${KZ_BENCH_DIR:-$top/build/bench}"
