@@ -6,7 +6,7 @@ set -euo pipefail
 build=(g++ cmake ninja-build ccache libboost-dev libboost-program-options-dev
     libboost-filesystem-dev libboost-iostreams-dev libboost-thread-dev
     libboost-date-time-dev libboost-system-dev libexpat1-dev libssl-dev)
-test=("${build[@]}" libgtest-dev libgmock-dev clang-format python3 openssl git
+test=("${build[@]}" libgtest-dev libgmock-dev libbenchmark-dev clang-format python3 openssl git
     man-db groff-base pkgconf dpkg-dev file)
 bench=("${build[@]}" libbenchmark-dev python3 openssl strace time)
 # The fuzz targets need clang and its runtime, the coverage report gcovr.

@@ -13,7 +13,7 @@ git ls-files -- '*.h' '*.cpp' | xargs -r clang-format --dry-run -Werror
 
 for preset in "${presets[@]}"; do
     echo "== $preset"
-    cmake --preset "$preset" -DKZ_TESTS=ON >/dev/null
+    cmake --preset "$preset" -DKZ_TESTS=ON -DKZ_BENCH=ON >/dev/null
     cmake --build --preset "$preset" -- -j "$jobs" --quiet
     ctest --preset "$preset" -j "$jobs" --output-on-failure --no-tests=error |
         grep -vE '^ *(Start +[0-9]|[0-9]+/[0-9]+ Test .* Passed)'
