@@ -4,6 +4,7 @@
 
 #include <boost/program_options/value_semantic.hpp>
 
+#include "kvl/WhiteSpace.h"
 #include "kvl/config/ConfigNode.h"
 
 namespace torvo::offline {
@@ -13,11 +14,7 @@ namespace po = boost::program_options;
 
 /// The text of the setting without the white space at its ends: files indent and align values.
 std::string trimmedText(const kvl::config::ConfigNode& settings, const std::string& key) {
-    constexpr const char* kWhiteSpace = " \t\n\v\f\r";
-    const std::string text = kvl::config::textOr(settings.child(key), "");
-    const std::size_t begin = text.find_first_not_of(kWhiteSpace);
-    if (begin == std::string::npos) return "";
-    return text.substr(begin, text.find_last_not_of(kWhiteSpace) + 1 - begin);
+    return kvl::trimmed(kvl::config::textOr(settings.child(key), ""));
 }
 
 template <typename Value>

@@ -4,6 +4,8 @@
 
 #include <boost/lexical_cast.hpp>
 
+#include "kvl/WhiteSpace.h"
+
 namespace kvl::config {
 
 ConfigNode* ConfigNode::child(const std::string& childName) const {
@@ -27,16 +29,9 @@ std::string textOr(const ConfigNode* node, const std::string& defaultText) {
 }
 
 double numberOr(const ConfigNode* node, double defaultNumber) {
-    const std::string text = textOr(node, "");
-    constexpr const char* kWhiteSpace = " \t\n\v\f\r";
-    const std::size_t begin = text.find_first_not_of(kWhiteSpace);
-    if (begin == std::string::npos) return defaultNumber;
-    const std::size_t end = text.find_last_not_of(kWhiteSpace) + 1;
     double number = 0.0;
-    if (!boost::conversion::try_lexical_convert(text.substr(begin, end - begin), number)) {
-        return defaultNumber;
-    }
-    return number;
+    const bool isNumber = boost::conversion::try_lexical_convert(trimmed(textOr(node, "")), number);
+    return isNumber ? number : defaultNumber;
 }
 
 }  // namespace kvl::config

@@ -14,6 +14,7 @@
 #include <expat.h>
 
 #include "kvl/InputFile.h"
+#include "kvl/WhiteSpace.h"
 #include "kvl/config/ConfigNode.h"
 
 namespace kvl::config {
@@ -45,8 +46,6 @@ struct ParserDeleter {
     void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
 };
 using ParserPtr = std::unique_ptr<std::remove_pointer_t<XML_Parser>, ParserDeleter>;
-
-bool isWhiteSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 /// Builds the tree from the parser's events.
 class TreeBuilder {
@@ -80,7 +79,7 @@ public:
     void characterData(std::string_view piece) {
         // On purpose: white space decides only whether a piece counts; what counts is kept
         // untrimmed. Pinned by ConfigReaderTest.KeepsAPieceUntrimmed.
-        if (std::all_of(piece.begin(), piece.end(), isWhiteSpace)) return;
+        if (isWhiteSpace(piece)) return;
         current().hasData = true;
         current().data.append(piece);
     }

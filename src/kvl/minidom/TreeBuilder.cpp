@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "kvl/WhiteSpace.h"
 #include "kvl/minidom/CharacterDataImpl.h"
 #include "kvl/minidom/ParseExceptions.h"
 
@@ -13,17 +14,6 @@ namespace {
 
 /// Trees are walked recursively, so a hostile file must not choose the depth.
 constexpr std::size_t kMaxDepth = 256;
-constexpr const char* kWhiteSpace = " \t\n\v\f\r";
-
-bool isWhiteSpace(const std::string& characters) {
-    return characters.find_first_not_of(kWhiteSpace) == std::string::npos;
-}
-
-std::string trimmed(const std::string& characters) {
-    const std::size_t begin = characters.find_first_not_of(kWhiteSpace);
-    if (begin == std::string::npos) return {};
-    return characters.substr(begin, characters.find_last_not_of(kWhiteSpace) + 1 - begin);
-}
 
 }  // namespace
 
