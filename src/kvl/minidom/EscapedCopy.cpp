@@ -41,22 +41,23 @@ const char* referenceForWhiteSpace(char c) {
     }
 }
 
-std::string escapedText(const std::string& text) {
-    std::string escaped;
+/// `text` with `lookUp(c)` in the place of each character c for which it isn't null.
+std::string replaced(const std::string& text, const char* (*lookUp)(char c)) {
+    std::string out;
     for (const char c : text) {
-        const char* reference = referenceFor(c);
-        reference ? escaped += reference : escaped += c;
+        if (const char* reference = lookUp(c)) {
+            out += reference;
+        } else {
+            out += c;
+        }
     }
-    return escaped;
+    return out;
 }
 
+std::string escapedText(const std::string& text) { return replaced(text, referenceFor); }
+
 std::string escapedAttribute(const std::string& value) {
-    std::string escaped;
-    for (const char c : escapedText(value)) {
-        const char* reference = referenceForWhiteSpace(c);
-        reference ? escaped += reference : escaped += c;
-    }
-    return escaped;
+    return replaced(escapedText(value), referenceForWhiteSpace);
 }
 
 bool opensCdata(const std::string& raw) {

@@ -30,7 +30,7 @@ std::vector<NodePtr>::iterator NodeImpl::find(const NodePtr& child) {
     return place;
 }
 
-void NodeImpl::takeIfChild(const NodePtr& child) {
+void NodeImpl::removeIfChild(const NodePtr& child) {
     children_.erase(std::remove(children_.begin(), children_.end(), child), children_.end());
 }
 
@@ -40,7 +40,7 @@ NodePtr NodeImpl::insertChild(const NodePtr& newChild, const NodePtr& refChild) 
     find(refChild);
     NodeImpl& added = of(newChild);
     if (newChild == refChild) return newChild;
-    takeIfChild(newChild);
+    removeIfChild(newChild);
     children_.insert(find(refChild), newChild);
     added.setParent(asNode());
     return newChild;
@@ -50,7 +50,7 @@ NodePtr NodeImpl::exchangeChild(const NodePtr& newChild, const NodePtr& oldChild
     find(oldChild);
     NodeImpl& added = of(newChild);
     if (newChild == oldChild) return newChild;
-    takeIfChild(newChild);
+    removeIfChild(newChild);
     const auto place = find(oldChild);
     of(*place).setParent(nullptr);
     *place = newChild;
@@ -68,7 +68,7 @@ NodePtr NodeImpl::takeChild(const NodePtr& oldChild) {
 
 NodePtr NodeImpl::addChild(const NodePtr& newChild) {
     NodeImpl& added = of(newChild);
-    takeIfChild(newChild);
+    removeIfChild(newChild);
     children_.push_back(newChild);
     added.setParent(asNode());
     return newChild;

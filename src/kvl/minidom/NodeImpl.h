@@ -55,7 +55,7 @@ protected:
 
 private:
     std::vector<NodePtr>::iterator find(const NodePtr& child);
-    void takeIfChild(const NodePtr& child);
+    void removeIfChild(const NodePtr& child);
 };
 
 /// A list of any kind of node, copied when it is made. `L` is the interface.
