@@ -5,6 +5,7 @@
 #include "kzs/BootstrapInfo.h"
 #include "kzs/base/BoxFunctions.h"
 #include "kzs/base/ByteOrder.h"
+#include "kzs/base/StreamExceptionGuard.h"
 
 namespace torvo::kzs {
 namespace {

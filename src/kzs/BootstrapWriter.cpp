@@ -4,7 +4,7 @@
 
 #include "kzs/BootstrapInfo.h"
 #include "kzs/ByteAppender.h"
-#include "kzs/base/BoxFunctions.h"
+#include "kzs/base/StreamExceptionGuard.h"
 
 namespace torvo::kzs {
 namespace {

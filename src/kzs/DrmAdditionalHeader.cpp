@@ -6,7 +6,7 @@
 #include "kvl/amfmessage/AMF0Markers.h"
 #include "kvl/amfmessage/AMF0Props.h"
 #include "kvl/amfmessage/AMF0Values.h"
-#include "kzs/base/BoxFunctions.h"
+#include "kzs/base/StreamExceptionGuard.h"
 
 namespace torvo::kzs {
 namespace {

@@ -6,8 +6,8 @@
 #include "kvl/amfmessage/AMF0Props.h"
 #include "kvl/amfmessage/AMF0Values.h"
 #include "kzs/OnMetaDataRecord.h"
-#include "kzs/base/BoxFunctions.h"
 #include "kzs/base/ByteOrder.h"
+#include "kzs/base/StreamExceptionGuard.h"
 
 namespace torvo::kzs {
 

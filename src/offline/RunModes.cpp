@@ -3,7 +3,7 @@
 #include <exception>
 #include <ostream>
 
-#include "kzs/base/BoxFunctions.h"
+#include "kzs/base/StreamExceptionGuard.h"
 #include "offline/ConfigDump.h"
 #include "offline/Inspection.h"
 #include "offline/OfflineException.h"

@@ -102,14 +102,14 @@ void writeSized(std::ostream& stream, std::uint64_t value, bool wide) {
 
 bool findBox(std::istream& stream, std::uint32_t type) {
     const StreamExceptionGuard guard(stream, std::ios::badbit);
-    // The position counts, not the bytes scanned: four bytes may stand before the first of them.
-    std::uint64_t position =
-        static_cast<std::uint64_t>(static_cast<std::streamoff>(stream.tellg()));
+    auto position = static_cast<std::uint64_t>(static_cast<std::streamoff>(stream.tellg()));
     std::uint64_t scanned = 0;
     std::uint32_t window = 0;
     for (char c = 0; stream.get(c);) {
         window = (window << 8) | static_cast<std::uint8_t>(c);
         ++position;
+        // The size field may stand before the place where the scan began, but not before the
+        // stream.
         if (++scanned >= 4 && window == type && position >= 8) {
             stream.seekg(static_cast<std::streamoff>(position - 8));
             return true;
@@ -117,29 +117,5 @@ bool findBox(std::istream& stream, std::uint32_t type) {
     }
     return false;
 }
-
-namespace {
-
-void restoreExceptions(std::ios& stream, unsigned setting) {
-    const auto former = static_cast<std::ios::iostate>(setting);
-    // Putting the setting back throws at once while one of its bits is up.
-    if ((stream.rdstate() & former) != 0) stream.clear(stream.rdstate() & ~former);
-    stream.exceptions(former);
-}
-
-}  // namespace
-
-StreamExceptionGuard::StreamExceptionGuard(std::ios& stream, unsigned exceptions)
-    : stream_(stream), former_(static_cast<unsigned>(stream.exceptions())) {
-    try {
-        stream_.exceptions(static_cast<std::ios::iostate>(exceptions));
-    } catch (...) {
-        // A stream that has failed before throws here, and then there is no destructor.
-        restoreExceptions(stream_, former_);
-        throw;
-    }
-}
-
-StreamExceptionGuard::~StreamExceptionGuard() { restoreExceptions(stream_, former_); }
 
 }  // namespace torvo::kzs

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <iosfwd>
 
+#include "kzs/base/StreamExceptionGuard.h"
+
 namespace torvo::kzs {
 
 /// Functions with which boxes are read from and written to standard streams. They fail as the
@@ -39,23 +41,11 @@ void writeU64(std::ostream& stream, std::uint64_t value);
 /// 8 bytes if `wide`, else the low 4.
 void writeSized(std::ostream& stream, std::uint64_t value, bool wide);
 
-/// Scans forward from the current position for the four bytes of `type`, byte by byte and with no
-/// regard to structure. On a hit the position is 8 bytes before the byte behind it, the start of
-/// the box's size field; a hit without four bytes in front of it in the stream is none. At the end
-/// of the stream it answers false. The stream throws only on a hard error meanwhile.
+/// Scans from the current position for the four bytes of `type`, whatever boxes they stand in.
+///
+/// True for a hit, with the position at the size field, the four bytes in front of it; where the
+/// stream has no room for that in front of a match, the scan goes on. False at the end of the
+/// stream. While it scans, the stream throws for a hard error (badbit) only.
 bool findBox(std::istream& stream, std::uint32_t type);
-
-/// Puts a stream's exception setting back when it goes, and clears what would make that throw.
-class StreamExceptionGuard {
-public:
-    StreamExceptionGuard(std::ios& stream, unsigned exceptions);
-    ~StreamExceptionGuard();
-    StreamExceptionGuard(const StreamExceptionGuard&) = delete;
-    StreamExceptionGuard& operator=(const StreamExceptionGuard&) = delete;
-
-private:
-    std::ios& stream_;  // outlives the guard
-    unsigned former_;
-};
 
 }  // namespace torvo::kzs

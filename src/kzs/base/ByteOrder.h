@@ -4,7 +4,8 @@
 
 namespace torvo::kzs {
 
-/// Big-endian integers in memory: the only shifts of the program outside the two C libraries.
+/// Big-endian integers in memory: the program loads and stores them here, and in the two C
+/// libraries by functions of their own.
 ///
 /// `p` points to at least as many bytes as the name says; no alignment is needed.
 
