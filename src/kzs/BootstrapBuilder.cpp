@@ -1,9 +1,9 @@
 #include "kzs/BootstrapBuilder.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "kzs/base/ByteOrder.h"
+#include "kzs/base/Truncation.h"
 
 namespace torvo::kzs {
 namespace {
@@ -21,13 +21,6 @@ std::vector<SegmentRunEntry>& segmentsOf(BootstrapInfo& info) {
 
 std::vector<FragmentRunEntry>& fragmentsOf(BootstrapInfo& info) {
     return info.fragmentRunTables.front().entries;
-}
-
-// Truncates; what no signed 64-bit number can hold is 0.
-std::uint64_t truncated(double value) {
-    constexpr double kLimit = 9223372036854775808.0;
-    if (!(value > -kLimit && value < kLimit)) return 0;
-    return static_cast<std::uint64_t>(static_cast<std::int64_t>(value));
 }
 
 }  // namespace

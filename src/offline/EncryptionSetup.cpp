@@ -1,9 +1,9 @@
 #include "offline/EncryptionSetup.h"
 
-#include <cmath>
-
 #include "hlx/HLXLibrary.h"
 #include "kzs/DrmAdditionalHeader.h"
+#include "kzs/base/ByteOrder.h"
+#include "kzs/base/Truncation.h"
 #include "kzspkgutil/EncryptedPolicyFactory.h"
 #include "offline/InputBytes.h"
 #include "offline/OfflineException.h"
@@ -15,14 +15,6 @@ namespace {
 
 constexpr std::uint32_t kKind = 0;
 constexpr std::uint32_t kHighestLevel = 2;
-constexpr double kTwoToThe63 = 9223372036854775808.0;
-
-bool fitsInteger(double value) { return std::isfinite(value) && std::fabs(value) < kTwoToThe63; }
-
-/// Truncated towards zero; the low 32 bits.
-std::uint32_t low32(double value) {
-    return static_cast<std::uint32_t>(static_cast<std::int64_t>(value));
-}
 
 std::uint32_t flagWord(const OptionMap& options, const std::string& key) {
     return flagOf(options, key) ? 1 : 0;
@@ -31,18 +23,18 @@ std::uint32_t flagWord(const OptionMap& options, const std::string& key) {
 /// On purpose: a negative number is a high unsigned one, and leaves almost everything clear.
 /// Pinned by EncryptionSetupTest.AClearStartKeepsItsLow32Bits.
 std::uint32_t clearMilliseconds(const OptionMap& options) {
-    const double value = numberOf(options, "ms-unencrypted");
-    return fitsInteger(value) ? low32(value) : 0;
+    return kzs::low32(kzs::truncated(numberOf(options, "ms-unencrypted")));
 }
 
 /// On purpose: a negative level is a high unsigned number and fails like one, and 2.9 is 2.
 /// Pinned by EncryptionSetupTest.LevelsAreTruncatedAndEndAtTwo.
 std::uint32_t encryptLevel(const OptionMap& options) {
     const double value = numberOf(options, "video-encrypt-level");
-    if (!fitsInteger(value) || low32(value) > kHighestLevel) {
+    const std::uint32_t level = kzs::low32(kzs::truncated(value));
+    if (!kzs::fitsInt64(value) || level > kHighestLevel) {
         throw EncryptionInfoException("invalid video-encrypt-level");
     }
-    return low32(value);
+    return level;
 }
 
 kzs::EncryptorContext gatherSettings(const OptionMap& options) {

@@ -3,6 +3,8 @@
 #include <cmath>
 #include <limits>
 
+#include "kzs/base/ByteOrder.h"
+#include "kzs/base/Truncation.h"
 #include "offline/OfflineException.h"
 
 namespace torvo::offline {
@@ -10,11 +12,6 @@ namespace {
 
 constexpr double kTwoTo63 = 9223372036854775808.0;
 constexpr double kTimeBasedFramePeriod = 0.001;  // seconds
-
-std::uint32_t low32Truncated(double value) {
-    if (!std::isfinite(value) || std::fabs(value) >= kTwoTo63) return 0;
-    return static_cast<std::uint32_t>(static_cast<std::int64_t>(value));
-}
 
 /// A count option as a 32-bit number: truncated, limited to 64 bits, then its low 32 bits.
 std::uint32_t countOf(const OptionMap& options, const char* key, const char* messageForZero) {
@@ -57,13 +54,16 @@ void applyFrames(const OptionMap& options, double framePeriod, FragmentTiming& t
     // Pinned by FragmentTimingTest.TheCountOfFramesIsA32BitProduct and
     // .TheOrderOfTheFactorsDecidesTheLastDigits.
     const std::uint32_t frames = framesPerInterval * intervals;
-    timing.fragmentDuration = low32Truncated(static_cast<double>(frames) * framePeriod * 1000.0);
+    timing.fragmentDuration =
+        kzs::low32(kzs::truncated(static_cast<double>(frames) * framePeriod * 1000.0));
     timing.durationPrecision = static_cast<double>(precision) * framePeriod * 1000.0;
 }
 
 }  // namespace
 
-std::uint32_t toMilliseconds(double seconds) { return low32Truncated(seconds * 1000.0); }
+std::uint32_t toMilliseconds(double seconds) {
+    return kzs::low32(kzs::truncated(seconds * 1000.0));
+}
 
 FragmentTiming fragmentTimingOf(const OptionMap& options) {
     FragmentTiming timing;
