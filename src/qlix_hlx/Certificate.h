@@ -1,6 +1,9 @@
 #pragma once
 
-#include "qlix_hlx/KeyDerivation.h"
+#include <array>
+#include <cstdint>
+
+#include "qlix_hlx/ByteView.h"
 #include "qlix_hlx/OpenSslPtr.h"
 #include "qlix_hlx/qlix_hlx.h"
 

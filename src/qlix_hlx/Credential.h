@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "qlix_hlx/KeyDerivation.h"
+#include "qlix_hlx/ByteView.h"
 #include "qlix_hlx/OpenSslPtr.h"
 
 namespace qlix::hlx {

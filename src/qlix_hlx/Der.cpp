@@ -18,8 +18,6 @@ SecretBytes significantBytes(std::uint64_t value) {
     return bytes;
 }
 
-ByteView viewOf(const SecretBytes& bytes) { return {bytes.data(), bytes.size()}; }
-
 }  // namespace
 
 Der& Der::integer(std::uint32_t number) {

@@ -2,7 +2,8 @@
 
 #include <cstdint>
 
-#include "qlix_hlx/KeyDerivation.h"
+#include "qlix_hlx/ByteView.h"
+#include "qlix_hlx/Secret.h"
 
 namespace qlix::hlx {
 

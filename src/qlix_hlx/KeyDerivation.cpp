@@ -5,6 +5,7 @@
 #include <openssl/core_names.h>
 #include <openssl/params.h>
 
+#include "qlix_hlx/ByteOrder.h"
 #include "qlix_hlx/OpenSslPtr.h"
 
 namespace qlix::hlx {
@@ -22,9 +23,9 @@ OSSL_PARAM octets(const char* name, ByteView bytes) {
 std::vector<std::uint8_t> infoOf(std::string_view label, std::string_view contentId) {
     std::vector<std::uint8_t> info(label.begin(), label.end());
     info.push_back(0);
-    for (int shift = 24; shift >= 0; shift -= 8) {
-        info.push_back(static_cast<std::uint8_t>(contentId.size() >> shift));
-    }
+    std::uint8_t size[4];
+    storeU32(size, static_cast<std::uint32_t>(contentId.size()));
+    info.insert(info.end(), size, size + sizeof(size));
     info.insert(info.end(), contentId.begin(), contentId.end());
     return info;
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "qlix_hlx/ByteView.h"
 #include "qlix_hlx/Secret.h"
 
 namespace qlix::hlx {
@@ -11,16 +12,6 @@ namespace qlix::hlx {
 constexpr std::size_t kKeySize = 16;
 constexpr std::size_t kMinCommonKeySize = 16;
 constexpr std::size_t kMaxContentIdSize = 512;
-
-/// A run of bytes of the caller.
-struct ByteView {
-    const std::uint8_t* data = nullptr;
-    std::size_t size = 0;
-};
-
-inline ByteView viewOf(std::string_view text) {
-    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
-}
 
 /// The three values that one content id gets from a common key.
 struct ContentKeys {

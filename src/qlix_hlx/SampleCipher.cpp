@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "qlix_hlx/ByteOrder.h"
+
 namespace qlix::hlx {
 
 SampleCipher::SampleCipher(const ContentKeys& keys,
@@ -21,9 +23,7 @@ SampleCipher::SampleCipher(const ContentKeys& keys,
 void SampleCipher::nextIv(std::uint8_t* iv) {
     std::array<std::uint8_t, kIvSize> block{};
     std::copy(nonce_.begin(), nonce_.end(), block.begin());
-    for (std::size_t i = 0; i < 8; ++i) {
-        block[kNonceSize + i] = static_cast<std::uint8_t>(nextSample_ >> (56 - 8 * i));
-    }
+    storeU64(block.data() + kNonceSize, nextSample_);
     // Counted before use: an IV whose sample failed isn't given to another one.
     ++nextSample_;
     int written = 0;

@@ -1,5 +1,6 @@
 #include "qlix_hlx/SampleRules.h"
 
+#include "qlix_hlx/ByteOrder.h"
 #include "qlix_hlx/qlix_hlx.h"
 
 namespace qlix::hlx {
@@ -11,11 +12,6 @@ constexpr unsigned kReferenceBits = 0x60;
 constexpr unsigned kTypeBits = 0x1F;
 constexpr unsigned kFirstPictureType = 1;
 constexpr unsigned kKeyPictureType = 5;
-
-std::uint32_t loadU32(const std::uint8_t* p) {
-    return (std::uint32_t{p[0]} << 24) | (std::uint32_t{p[1]} << 16) | (std::uint32_t{p[2]} << 8) |
-           p[3];
-}
 
 bool mustEncryptVideo(std::uint32_t level, ByteView sample, std::uint32_t nalLengthSize) {
     if (level >= 2 || nalLengthSize != kNalLengthSize) return true;

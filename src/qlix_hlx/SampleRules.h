@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "qlix_hlx/KeyDerivation.h"
+#include "qlix_hlx/ByteView.h"
 
 namespace qlix::hlx {
 

@@ -3,7 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <new>
+#include <memory>
 #include <vector>
 
 #include <openssl/crypto.h>
