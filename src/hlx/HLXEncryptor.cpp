@@ -13,14 +13,20 @@ QlixHLXEncryptor* create(const SecretBytes& commonKey, const std::string& conten
                          const EncryptionFlags& flags) {
     QlixHLXEncryptor* encryptor = nullptr;
     checkResult(encryptorTable().create(&encryptor, commonKey.data(), sizeOf(commonKey),
-                                        contentId.data(), sizeOf(contentId), flags[0], flags[1],
-                                        flags[2], flags[3], flags[4], 1, 0, nullptr));
+                                        contentId.data(), sizeOf(contentId), flags.video,
+                                        flags.audio, flags.data, flags.videoLevel,
+                                        flags.msUnencrypted, 1, 0, nullptr));
     return encryptor;
 }
 
 HLXBlob blobOf(const Bytes& bytes) { return {bytes.data(), sizeOf(bytes)}; }
 
 }  // namespace
+
+bool operator==(const EncryptionFlags& left, const EncryptionFlags& right) {
+    return left.video == right.video && left.audio == right.audio && left.data == right.data &&
+           left.videoLevel == right.videoLevel && left.msUnencrypted == right.msUnencrypted;
+}
 
 HLXEncryptor::HLXEncryptor(const SecretBytes& commonKey, const std::string& contentId,
                            const EncryptionFlags& flags)

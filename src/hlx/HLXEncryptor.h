@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -14,9 +13,16 @@ namespace hlx {
 using Bytes = std::vector<std::uint8_t>;
 using EncryptionInfo = HLXEncryptionInfo;
 
-/// The words that the library decides by: video, audio, data (0 or 1 each), the level of video
-/// (0 to 2), and the milliseconds at the start that stay in the clear.
-using EncryptionFlags = std::array<std::uint32_t, 5>;
+/// The words that the library decides by, in its order.
+struct EncryptionFlags {
+    std::uint32_t video = 0;  ///< 1: encrypted, as in the two below
+    std::uint32_t audio = 0;
+    std::uint32_t data = 0;
+    std::uint32_t videoLevel = 0;     ///< 0 low to 2 high
+    std::uint32_t msUnencrypted = 0;  ///< milliseconds at the start that stay in the clear
+};
+
+bool operator==(const EncryptionFlags& left, const EncryptionFlags& right);
 
 /// Who the metadata is for, from whom, and where its license is to be had. The handles stay the
 /// caller's.

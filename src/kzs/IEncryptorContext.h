@@ -33,7 +33,6 @@ public:
     virtual bool certificateStaysValid(QlixHLXCertificate* certificate,
                                        std::string& dateText) const = 0;
     virtual const Bytes& policy() const = 0;
-    /// Video, audio, data, level, milliseconds in the clear.
     virtual const hlx::EncryptionFlags& encryptionFlags() const = 0;
     /// Refers to null when none was given.
     virtual QlixHLXCredential* const& secondCredential() const = 0;

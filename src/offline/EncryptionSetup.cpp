@@ -46,14 +46,14 @@ kzs::EncryptorContext gatherSettings(const OptionMap& options) {
     const auto credential = readSecretBytes(textOf(options, "packager-credential"));
     const std::string& password = textOf(options, "credential-pwd");
     auto policy = readInputBytes(textOf(options, "policy-file"));
-    hlx::EncryptionFlags flags{};
-    flags[0] = flagWord(options, "encrypt-video");
-    flags[1] = flagWord(options, "encrypt-audio");
-    flags[2] = flagWord(options, "encrypt-data");
-    flags[4] = clearMilliseconds(options);
+    hlx::EncryptionFlags flags;
+    flags.video = flagWord(options, "encrypt-video");
+    flags.audio = flagWord(options, "encrypt-audio");
+    flags.data = flagWord(options, "encrypt-data");
+    flags.msUnencrypted = clearMilliseconds(options);
     // On purpose: tested last, so that a missing file is told before a bad level.
     // Pinned by EncryptionSetupTest.MissingFilesAreToldBeforeABadLevel.
-    flags[3] = encryptLevel(options);
+    flags.videoLevel = encryptLevel(options);
     return kzs::EncryptorContext(kKind, contentId, std::move(commonKey), licenseServerUrl,
                                  transportCertificate, serverCertificate, credential, password,
                                  std::move(policy), flags, /*secondCredential=*/{},
