@@ -111,6 +111,12 @@ protected:
     /// Writes collected fields `offset` bytes behind the start of the box.
     void putAt(std::uint64_t offset, const FieldWriter& out);
 
+    /// Points `place` to `child` if that is a T; null, or a child of another class, leaves it
+    /// alone.
+    template <class T>
+    static void remember(T*& place, Box* child) {
+        if (auto* found = dynamic_cast<T*>(child)) place = found;
+    }
     /// Takes a child over at `index` without placing or counting it.
     void insertChild(std::size_t index, BoxPtr child);
     /// Gives a child out; sizes stay.

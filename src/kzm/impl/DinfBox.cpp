@@ -13,9 +13,9 @@ DinfBox::DinfBox(const BoxContext& context, const BoxHeader& header) : Box(conte
 }
 
 void DinfBox::addChild(BoxPtr child) {
-    auto* dref = dynamic_cast<DrefBox*>(child.get());
+    Box* const added = child.get();
     Box::addChild(std::move(child));
-    if (dref != nullptr) dref_ = dref;
+    remember(dref_, added);
 }
 
 }  // namespace qlix::kzm::impl

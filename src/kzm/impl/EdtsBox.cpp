@@ -13,9 +13,9 @@ EdtsBox::EdtsBox(const BoxContext& context, const BoxHeader& header) : Box(conte
 }
 
 void EdtsBox::addChild(BoxPtr child) {
-    auto* elst = dynamic_cast<ElstBox*>(child.get());
+    Box* const added = child.get();
     Box::addChild(std::move(child));
-    if (elst != nullptr) elst_ = elst;
+    remember(elst_, added);
 }
 
 }  // namespace qlix::kzm::impl

@@ -29,13 +29,11 @@ MdiaBox::MdiaBox(const BoxContext& context, const BoxHeader& header) : Box(conte
 }
 
 void MdiaBox::addChild(BoxPtr child) {
-    auto* mdhd = dynamic_cast<MdhdBox*>(child.get());
-    auto* hdlr = dynamic_cast<HdlrBox*>(child.get());
-    auto* minf = dynamic_cast<MinfBox*>(child.get());
+    Box* const added = child.get();
     Box::addChild(std::move(child));
-    if (mdhd != nullptr) mdhd_ = mdhd;
-    if (hdlr != nullptr) hdlr_ = hdlr;
-    if (minf != nullptr) minf_ = minf;
+    remember(mdhd_, added);
+    remember(hdlr_, added);
+    remember(minf_, added);
 }
 
 void MdiaBox::readChildren(RootBox* root, bool validate) {

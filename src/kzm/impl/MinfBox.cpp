@@ -37,11 +37,10 @@ MinfBox::MinfBox(const BoxContext& context, const BoxHeader& header) : Box(conte
 }
 
 void MinfBox::addChild(BoxPtr child) {
-    auto* dinf = dynamic_cast<DinfBox*>(child.get());
-    auto* stbl = dynamic_cast<StblBox*>(child.get());
+    Box* const added = child.get();
     Box::addChild(std::move(child));
-    if (dinf != nullptr) dinf_ = dinf;
-    if (stbl != nullptr) stbl_ = stbl;
+    remember(dinf_, added);
+    remember(stbl_, added);
 }
 
 }  // namespace qlix::kzm::impl

@@ -23,12 +23,13 @@ MoofBox::MoofBox(const BoxContext& context, std::uint32_t sequenceNumber)
 
 MoofBox::MoofBox(const BoxContext& context, const BoxHeader& header)
     : Box(context, header), startTimes_(HeapOf<std::uint64_t>(context.allocator)) {
-    setFixedSize(kBoxHeaderSize);
+    resetSize();
 }
 
 void MoofBox::addChild(BoxPtr child) {
-    if (auto* mfhd = dynamic_cast<MfhdBox*>(child.get())) mfhd_ = mfhd;
+    Box* const added = child.get();
     Box::addChild(std::move(child));
+    remember(mfhd_, added);
 }
 
 void MoofBox::readChildren(RootBox* root, bool validate) {

@@ -11,12 +11,13 @@ MvexBox::MvexBox(const BoxContext& context, std::uint64_t duration) : Box(contex
 }
 
 MvexBox::MvexBox(const BoxContext& context, const BoxHeader& header) : Box(context, header) {
-    setFixedSize(kBoxHeaderSize);
+    resetSize();
 }
 
 void MvexBox::addChild(BoxPtr child) {
-    if (auto* mehd = dynamic_cast<MehdBox*>(child.get())) mehd_ = mehd;
+    Box* const added = child.get();
     Box::addChild(std::move(child));
+    remember(mehd_, added);
 }
 
 const TrexBox* MvexBox::defaultsOf(std::uint32_t trackId) {

@@ -34,12 +34,10 @@ RootBox::RootBox(const BoxContext& context, BoxFactory* factory)
 RootBox::~RootBox() = default;
 
 void RootBox::addChild(BoxPtr child) {
-    if (!child) return;
-    auto* moov = dynamic_cast<MoovBox*>(child.get());
-    auto* xmp = dynamic_cast<XMPDataBox*>(child.get());
+    Box* const added = child.get();
     Box::addChild(std::move(child));
-    if (moov != nullptr) moov_ = moov;
-    if (xmp != nullptr) xmp_ = xmp;
+    remember(moov_, added);
+    remember(xmp_, added);
 }
 
 Box* RootBox::child(std::size_t index) {

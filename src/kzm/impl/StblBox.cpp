@@ -8,12 +8,6 @@ namespace {
 constexpr std::uint32_t kKindMask = 0xFF;
 constexpr std::uint32_t kSyncKind = 1;
 
-/// Keeps a child of class T in `place`; another child leaves it alone.
-template <class T>
-void remember(T*& place, Box* child) {
-    if (auto* found = dynamic_cast<T*>(child)) place = found;
-}
-
 }  // namespace
 
 // On purpose: this order, always `co64` and never `stco`.
@@ -36,7 +30,7 @@ StblBox::StblBox(const BoxContext& context, const BoxHeader& header) : Box(conte
 }
 
 void StblBox::addChild(BoxPtr child) {
-    Box* added = child.get();
+    Box* const added = child.get();
     Box::addChild(std::move(child));
     remember(stsd_, added);
     remember(stts_, added);

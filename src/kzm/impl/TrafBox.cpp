@@ -25,13 +25,14 @@ TrafBox::TrafBox(const BoxContext& context, std::uint32_t trackId, std::uint64_t
 }
 
 TrafBox::TrafBox(const BoxContext& context, const BoxHeader& header) : Box(context, header) {
-    setFixedSize(kBoxHeaderSize);
+    resetSize();
 }
 
 void TrafBox::addChild(BoxPtr child) {
-    if (auto* tfhd = dynamic_cast<TfhdBox*>(child.get())) tfhd_ = tfhd;
-    if (auto* run = dynamic_cast<TrunBox*>(child.get())) lastRun_ = run;
+    Box* const added = child.get();
     Box::addChild(std::move(child));
+    remember(tfhd_, added);
+    remember(lastRun_, added);
 }
 
 TrafBox::Added TrafBox::addSample(const FragmentSample& sample) {

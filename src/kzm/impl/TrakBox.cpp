@@ -36,15 +36,12 @@ TrakBox::TrakBox(const BoxContext& context, const BoxHeader& header) : Box(conte
 }
 
 void TrakBox::addChild(BoxPtr child) {
-    auto* tkhd = dynamic_cast<TkhdBox*>(child.get());
-    auto* tref = dynamic_cast<TrefBox*>(child.get());
-    auto* mdia = dynamic_cast<MdiaBox*>(child.get());
-    auto* edts = dynamic_cast<EdtsBox*>(child.get());
+    Box* const added = child.get();
     Box::addChild(std::move(child));
-    if (tkhd != nullptr) tkhd_ = tkhd;
-    if (tref != nullptr) tref_ = tref;
-    if (mdia != nullptr) mdia_ = mdia;
-    if (edts != nullptr) edts_ = edts;
+    remember(tkhd_, added);
+    remember(tref_, added);
+    remember(mdia_, added);
+    remember(edts_, added);
     takeHandler();
 }
 

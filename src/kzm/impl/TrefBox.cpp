@@ -14,9 +14,9 @@ TrefBox::TrefBox(const BoxContext& context, const BoxHeader& header) : Box(conte
 }
 
 void TrefBox::addChild(BoxPtr child) {
-    auto* hint = dynamic_cast<HintBox*>(child.get());
+    Box* const added = child.get();
     Box::addChild(std::move(child));
-    if (hint != nullptr) hint_ = hint;
+    remember(hint_, added);
 }
 
 }  // namespace qlix::kzm::impl
