@@ -6,12 +6,12 @@ namespace qlix::kzm::impl {
 
 /// Index of the random access points of one fragment.
 ///
-///   offset  size    field
-///        0    12    full box header: 'afra', version 0, flags 0
-///       12     1    0xC0: long ids, long offsets, no global entries
-///       13     4    timescale
-///       17     4    entry count
-///       21    16 n  entries: time (64), offset (64)
+///   offset  size  field
+///        0    12  full box header: 'afra', version 0, flags 0
+///       12     1  0xC0: long ids, long offsets, no global entries
+///       13     4  timescale
+///       17     4  entry count
+///       21  16 n  entries: time 8, offset 8
 ///
 /// An offset counts from the first byte of the box itself. The box is only written here; found in
 /// an input it stays opaque.

@@ -9,7 +9,7 @@
 
 namespace qlix::kzm::impl {
 
-/// Chunk offsets: rows of a file offset, all of one width.
+/// What the two boxes of chunk offsets share: one has rows of 32 bits, the other of 64.
 class ChunkOffsetBox : public TableBox, public IChunkOffsetBox {
 public:
     /// Throws tableTooLarge for a count above kSanityLimit.

@@ -4,7 +4,12 @@
 
 namespace qlix::kzm::impl {
 
-/// Chunk offsets of 8 bytes each.
+/// Chunk offsets in 64 bits.
+///
+///   offset  size  field
+///        0    12  full box header: 'co64', version 0, flags 0
+///       12     4  row count
+///       16   8 n  positions in the file
 class Co64Box final : public ChunkOffsetBox {
 public:
     /// Room for `capacity` chunks.

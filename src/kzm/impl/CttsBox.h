@@ -11,8 +11,14 @@ struct CttsRow {
     std::uint32_t firstSample = 1;
 };
 
-/// Composition offsets: rows of a sample count and an offset, 4 bytes each. Offsets of version 1,
-/// which are signed, are passed on in their 32 bits.
+/// Composition offsets.
+///
+///   offset  size  field
+///        0    12  full box header: 'ctts', version 0, flags 0
+///       12     4  row count
+///       16   8 n  rows: sample count 4, offset 4
+///
+/// Offsets of version 1, which are signed, are passed on in their 32 bits.
 class CttsBox final : public TableBox {
 public:
     /// Room for `capacity` samples.

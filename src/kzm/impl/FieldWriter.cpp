@@ -7,7 +7,7 @@
 namespace qlix::kzm::impl {
 namespace {
 
-/// Truncates `value` times `scale` to an unsigned word; not a number gives 0.
+/// `value` times `scale`, held between 0 and `largest`; 0 for NaN.
 double scaled(double value, double scale, double largest) {
     const double product = value * scale;
     if (!(product > 0.0)) return 0.0;

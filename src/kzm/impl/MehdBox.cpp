@@ -3,18 +3,17 @@
 namespace qlix::kzm::impl {
 namespace {
 
-constexpr std::uint8_t kWrittenVersion = 1;
-constexpr std::uint64_t kNarrowSize = kFullBoxHeaderSize + 4;
+constexpr std::uint64_t kShortSize = kFullBoxHeaderSize + 4;
 
 }  // namespace
 
 MehdBox::MehdBox(const BoxContext& context, std::uint64_t duration)
-    : FullBox(context, fourCc("mehd"), kWrittenVersion, 0), duration_(duration) {
-    setFixedSize(kWrittenSize);
+    : FullBox(context, fourCc("mehd"), 1, 0), duration_(duration) {
+    setFixedSize(kSize);
 }
 
 MehdBox::MehdBox(const BoxContext& context, const BoxHeader& header) : FullBox(context, header) {
-    setFixedSize(version() != 0 ? kWrittenSize : kNarrowSize);
+    setFixedSize(version() != 0 ? kSize : kShortSize);
 }
 
 void MehdBox::readFields() {

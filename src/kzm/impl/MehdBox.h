@@ -4,14 +4,15 @@
 
 namespace qlix::kzm::impl {
 
-/// Duration of a fragmented movie, in ticks of the movie.
+/// Duration of a fragmented movie, in ticks of the movie. Version 1 is written; in any other the
+/// duration has 4 bytes.
 ///
-///   offset  size  field
-///        0    12  full box header: 'mehd', written with version 1, flags 0
-///       12  4, 8  duration: 64 bits unless the version is 0
+///   offset  size  field              written
+///        0    12  full box header    size 20, 'mehd', version 1, flags 0
+///       12     8  duration
 class MehdBox final : public FullBox {
 public:
-    static constexpr std::uint64_t kWrittenSize = kFullBoxHeaderSize + 8;
+    static constexpr std::uint64_t kSize = kFullBoxHeaderSize + 8;
 
     MehdBox(const BoxContext& context, std::uint64_t duration);
     MehdBox(const BoxContext& context, const BoxHeader& header);

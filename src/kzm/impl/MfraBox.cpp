@@ -5,6 +5,7 @@
 #include "kzm/impl/MfroBox.h"
 
 namespace qlix::kzm::impl {
+
 MfraBox::MfraBox(const BoxContext& context) : Box(context, fourCc("mfra")) {}
 
 void MfraBox::writeFields() {

@@ -4,7 +4,10 @@
 
 namespace qlix::kzm::impl {
 
-/// Header of media of any other kind: a full box header of 12 bytes and no field.
+/// Header of media other than sound, video and hints. It has no fields.
+///
+///   offset  size  field
+///        0    12  full box header: size 12, 'nmhd', version 0, flags 0
 class NmhdBox final : public FullBox {
 public:
     explicit NmhdBox(const BoxContext& context) : FullBox(context, fourCc("nmhd"), 0, 0) {}

@@ -4,7 +4,12 @@
 
 namespace qlix::kzm::impl {
 
-/// Chunk offsets of 4 bytes each. Read only: `co64` is written.
+/// Chunk offsets in 32 bits. Read only: `co64` is written.
+///
+///   offset  size  field
+///        0    12  full box header: 'stco'
+///       12     4  row count
+///       16   4 n  positions in the file
 class StcoBox final : public ChunkOffsetBox {
 public:
     StcoBox(const BoxContext& context, const BoxHeader& header)

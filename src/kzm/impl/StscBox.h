@@ -13,7 +13,12 @@ struct StscRow {
     std::uint32_t firstSample = 1;       ///< number of the first sample of the first chunk
 };
 
-/// Samples to chunks: rows of first chunk, samples a chunk and description index, 4 bytes each.
+/// Samples to chunks.
+///
+///   offset  size  field
+///        0    12  full box header: 'stsc', version 0, flags 0
+///       12     4  row count
+///       16  12 n  rows: first chunk 4, samples a chunk 4, description index 4
 class StscBox final : public TableBox {
 public:
     /// Room for `capacity` chunks.

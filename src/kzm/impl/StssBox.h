@@ -5,7 +5,12 @@
 
 namespace qlix::kzm::impl {
 
-/// Sync samples: rows of a sample number, from 1, 4 bytes each.
+/// Sync samples.
+///
+///   offset  size  field
+///        0    12  full box header: 'stss', version 0, flags 0
+///       12     4  row count
+///       16   4 n  sample numbers, from 1
 class StssBox final : public TableBox, public ISyncSampleBox {
 public:
     /// Room for `capacity` samples.

@@ -12,7 +12,12 @@ struct SttsRow {
     std::uint32_t delta = 0;  ///< ticks that each sample lasts
 };
 
-/// Decode times: rows of a sample count and a delta, 4 bytes each.
+/// Decode times.
+///
+///   offset  size  field
+///        0    12  full box header: 'stts', version 0, flags 0
+///       12     4  row count
+///       16   8 n  rows: sample count 4, delta 4
 class SttsBox final : public TableBox {
 public:
     /// Room for `capacity` samples. The last sample lasts `lastDelta` ticks.

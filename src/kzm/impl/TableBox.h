@@ -23,9 +23,6 @@ public:
     /// The row count, where it changed.
     void updateFields() override;
 
-    /// Rows in the file.
-    std::uint32_t rowCount() const { return rowCount_; }
-
 protected:
     TableBox(const BoxContext& context, std::uint32_t type, std::uint64_t rowSize,
              std::uint64_t capacity, std::uint64_t countOffset = kFullBoxHeaderSize);

@@ -6,16 +6,16 @@ namespace qlix::kzm::impl {
 
 /// Random access points of one track.
 ///
-///   offset    size  field
-///        0      12  full box header: 'tfra', version 1, flags 0
-///       12       4  track id; on purpose only its low 8 bits are kept
-///       16       4  bytes less one of the last three fields of an entry, two bits each:
-///                   0x3F, four bytes each
-///       20       4  entry count
-///       24      28  each entry: time (64), 'moof' offset (64), traf number (32),
-///                   trun number (32), sample number (32)
+///   offset  size  field
+///        0    12  full box header: 'tfra', version 1, flags 0
+///       12     4  track id; on purpose only its low 8 bits are kept
+///       16     4  bytes less one of the last three fields of an entry, two bits each: 0x3F is
+///                 four bytes each
+///       20     4  entry count
+///       24  28 n  entries: time 8, 'moof' offset 8, traf number 4, trun number 4,
+///                 sample number 4
 ///
-/// In version 0 time and offset have 32 bits; the library doesn't make it by itself.
+/// In version 0 time and offset have 4 bytes each; the writer only makes version 1.
 /// TfraBoxTest.KeepsTheLowByteOfTheTrackId pins the id.
 class TfraBox final : public FullBox {
 public:

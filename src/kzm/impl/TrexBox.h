@@ -6,13 +6,13 @@ namespace qlix::kzm::impl {
 
 /// Defaults of a track for its fragments.
 ///
-///   offset  size  field                               written
-///        0    12  full box header: size 32, 'trex'    version 0, flags 0
-///       12     4  track id                            the id
-///       16     4  default description index           1
-///       20     4  default sample duration             1
-///       24     4  default sample size                 1
-///       28     4  default sample flags                1
+///   offset  size  field                        written
+///        0    12  full box header              size 32, 'trex', version 0, flags 0
+///       12     4  track id
+///       16     4  default description index    1
+///       20     4  default sample duration      1
+///       24     4  default sample size          1
+///       28     4  default sample flags         1
 ///
 /// On purpose the last four are written as 1 whatever the fields hold: the fragments of this
 /// library carry all of them in every row. Pinned by TrexBoxTest.WritesOnesForTheDefaults.

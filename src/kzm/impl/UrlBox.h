@@ -4,8 +4,13 @@
 
 namespace qlix::kzm::impl {
 
-/// Where the media data lies. Written as a full box header of 12 bytes with flags 1: in the same
-/// file, so there is no text. A text in a box that was read is not looked at.
+/// Where the media data lies.
+///
+///   offset  size  field              written
+///        0    12  full box header    size 12, 'url ', version 0, flags 1: in the same file
+///       12     n  location           left out
+///
+/// The location of a box that was read is not looked at.
 class UrlBox final : public FullBox {
 public:
     explicit UrlBox(const BoxContext& context) : FullBox(context, fourCc("url "), 0, 1) {}

@@ -6,10 +6,10 @@ namespace qlix::kzm::impl {
 
 /// Header of video media.
 ///
-///   offset  size  field                    written
-///        0    12  full box header          size 20, 'vmhd', version 0, flags 1
-///       12     2  graphics mode            0
-///       14     6  red, green, blue, 2 each 0
+///   offset  size  field                       written
+///        0    12  full box header             size 20, 'vmhd', version 0, flags 1
+///       12     2  graphics mode               0
+///       14     6  red, green, blue: 2 each    0
 class VmhdBox final : public FullBox {
 public:
     explicit VmhdBox(const BoxContext& context);
