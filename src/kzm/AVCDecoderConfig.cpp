@@ -43,11 +43,11 @@ private:
 }  // namespace
 
 AVCDecoderConfig AVCDecoderConfig::parse(const std::uint8_t* data, std::size_t size) {
-    if (size < sizeof(kCode)) raise(ErrorCode::codecDataTooShort);
+    if (size < kSizeWord) raise(ErrorCode::codecDataTooShort);
     // A code without a size word in front of it is no box.
     const std::uint8_t* end = data + size;
     const std::uint8_t* code =
-        std::search(data + std::min(kSizeWord, size), end, std::begin(kCode), std::end(kCode));
+        std::search(data + kSizeWord, end, std::begin(kCode), std::end(kCode));
     if (code == end) raise(ErrorCode::noDecoderConfig);
     const auto boxStart = static_cast<std::size_t>(code - data) - kSizeWord;
     if (torvo::kzs::loadU32(data + boxStart) > size - boxStart) {
@@ -61,8 +61,8 @@ AVCDecoderConfig AVCDecoderConfig::parse(const std::uint8_t* data, std::size_t s
     out.compatibility = in.u8();
     out.level = in.u8();
     out.nalLengthSize = static_cast<std::uint8_t>((in.u8() & 3) + 1);
-    out.sequenceSets = in.sets(in.u8() & 0x1F);
-    out.pictureSets = in.sets(in.u8());
+    out.sequenceParameterSets = in.sets(in.u8() & 0x1F);
+    out.pictureParameterSets = in.sets(in.u8());
     return out;
 }
 

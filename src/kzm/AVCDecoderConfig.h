@@ -13,9 +13,9 @@ struct AVCDecoderConfig {
     std::uint8_t profile = 0;
     std::uint8_t compatibility = 0;
     std::uint8_t level = 0;
-    std::uint8_t nalLengthSize = 0;  ///< bytes of the length in front of a unit: 1 to 4
-    std::vector<ParameterSet> sequenceSets;
-    std::vector<ParameterSet> pictureSets;
+    std::uint8_t nalLengthSize = 0;  ///< bytes of the length in front of a NAL unit: 1 to 4
+    std::vector<ParameterSet> sequenceParameterSets;
+    std::vector<ParameterSet> pictureParameterSets;
 
     /// Finds the `avcC` box in codec data and reads it.
     ///

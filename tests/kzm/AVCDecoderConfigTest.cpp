@@ -34,9 +34,10 @@ TEST(AVCDecoderConfigTest, FindsTheBoxAnywhereInTheData) {
         EXPECT_EQ(config.compatibility, 0x20);
         EXPECT_EQ(config.level, 0x1F);
         EXPECT_EQ(config.nalLengthSize, 4);
-        EXPECT_EQ(config.sequenceSets,
+        EXPECT_EQ(config.sequenceParameterSets,
                   (std::vector<AVCDecoderConfig::ParameterSet>{{7, 1, 2}, {9}}));
-        EXPECT_EQ(config.pictureSets, (std::vector<AVCDecoderConfig::ParameterSet>{{8, 3}}));
+        EXPECT_EQ(config.pictureParameterSets,
+                  (std::vector<AVCDecoderConfig::ParameterSet>{{8, 3}}));
     }
 }
 
