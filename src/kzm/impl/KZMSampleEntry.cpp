@@ -1,6 +1,5 @@
 #include "kzm/impl/KZMSampleEntry.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace qlix::kzm::impl {
@@ -10,22 +9,6 @@ constexpr std::uint64_t kFixedSize = kBoxHeaderSize + 8;
 constexpr std::uint64_t kMaxCodecData = 0xFFFFFFFF;
 
 }  // namespace
-
-std::uint32_t EntryBlock::take(int count) {
-    std::uint32_t out = 0;
-    for (int i = 0; i < count; ++i) {
-        const std::uint8_t byte = at_ < bytes_.size() ? bytes_[at_] : 0;
-        out = (out << 8) | byte;
-        skip(1);
-    }
-    return out;
-}
-
-void EntryBlock::skip(std::size_t count) { at_ += std::min(count, bytes_.size() - at_); }
-
-std::vector<std::uint8_t> EntryBlock::rest() const {
-    return {bytes_.begin() + static_cast<std::ptrdiff_t>(at_), bytes_.end()};
-}
 
 KZMSampleEntry::KZMSampleEntry(const BoxContext& context, const SampleDescriptor& descriptor)
     : KZMSampleEntry(context, descriptor.copyOut(), 0) {}

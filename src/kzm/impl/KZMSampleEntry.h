@@ -1,34 +1,12 @@
 #pragma once
 
-#include <cstddef>
 #include <memory>
-#include <utility>
-#include <vector>
 
 #include "kzm/SampleDescriptor.h"
 #include "kzm/impl/Box.h"
+#include "kzm/impl/EntryBlock.h"
 
 namespace qlix::kzm::impl {
-
-/// Reads a block from its front. On purpose: past its end it gives zeros, so that a sample entry
-/// that is cut short has zeros in the fields it lacks.
-/// Pinned by SampleEntryTest.GivesZerosForWhatAShortVideoEntryLacks.
-class EntryBlock {
-public:
-    explicit EntryBlock(std::vector<std::uint8_t> bytes) : bytes_(std::move(bytes)) {}
-
-    std::uint16_t u16() { return static_cast<std::uint16_t>(take(2)); }
-    std::uint32_t u32() { return take(4); }
-    void skip(std::size_t count);
-    /// All that was not read yet.
-    std::vector<std::uint8_t> rest() const;
-
-private:
-    std::uint32_t take(int count);
-
-    std::vector<std::uint8_t> bytes_;
-    std::size_t at_ = 0;
-};
 
 /// An entry of `stsd`: the description of samples, here of no special kind.
 ///
