@@ -51,6 +51,9 @@ struct KZMTrackParams {
 constexpr std::uint32_t kSyncSample = 1;
 constexpr std::uint32_t kEndOfEditMarker = 2;
 
+constexpr bool isSyncSample(std::uint32_t kind) { return (kind & 0xFF) == kSyncSample; }
+constexpr bool isEndOfEditMarker(std::uint32_t kind) { return (kind & 0xFF) == kEndOfEditMarker; }
+
 /// One sample. A marker has neither size nor bytes: it says that the track pauses at its time.
 struct KZMSample {
     std::uint32_t recordSize = 32;

@@ -2,13 +2,9 @@
 
 #include <utility>
 
+#include "kzm/WriterRecords.h"
+
 namespace qlix::kzm::impl {
-namespace {
-
-constexpr std::uint32_t kKindMask = 0xFF;
-constexpr std::uint32_t kSyncKind = 1;
-
-}  // namespace
 
 // On purpose: this order, always `co64` and never `stco`.
 // Pinned by StblBoxTest.WritesItsTablesInOneOrder.
@@ -59,7 +55,7 @@ void StblBox::addSample(const TableSample& sample) {
     ctts_->addSample(sample.compositionOffset);
     stsz_->addSample(sample.size);
     addToChunk(sample);
-    if ((sample.kind & kKindMask) == kSyncKind) stss_->addSample(sampleCount_);
+    if (isSyncSample(sample.kind)) stss_->addSample(sampleCount_);
     if (sdtp_ != nullptr) {
         sdtp_->putSample(sampleCount_, static_cast<std::uint8_t>(sample.kind >> 8));
     }

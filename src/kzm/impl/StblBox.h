@@ -18,7 +18,7 @@ struct TableSample {
     std::uint64_t offset = 0;      ///< position in the file
     std::uint64_t decodeTime = 0;  ///< ticks of the media
     std::uint32_t compositionOffset = 0;
-    std::uint32_t kind = 0;              ///< low byte 1: sync sample; bits 8-15: dependency byte
+    std::uint32_t kind = 0;              ///< as in KZMSample
     std::uint32_t descriptionIndex = 1;  ///< in `stsd`, from 1
 };
 

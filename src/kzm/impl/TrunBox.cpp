@@ -54,7 +54,7 @@ bool TrunBox::append(const FragmentSample& sample) {
     row.size = sample.size;
     row.compositionOffset = sample.compositionOffset;
     row.offset = sample.offset;
-    row.flags = (sample.kind & 0xFF) == kSyncSample ? kSyncFlags : kOtherFlags;
+    row.flags = isSyncSample(sample.kind) ? kSyncFlags : kOtherFlags;
     const std::uint32_t difference = low32(sample.decodeTime - lastDecodeTime_);
     // On purpose: 1 whenever the last time held is 0, so in the first row of each run and behind
     // a row at time 0. Pinned by TrunBoxTest.TheNewRowHasDurationOneWhenTheLastTimeIsZero.

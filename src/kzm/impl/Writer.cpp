@@ -126,7 +126,7 @@ void Writer::writeSample(std::uint32_t trackId, const KZMSample& sample, SampleB
 
 void Writer::check(const TrackState& track, const KZMSample& sample, const SampleBlock& block) {
     if (sample.handler != track.handler) raise(ErrorCode::wrongHandler);
-    const bool isMarker = (sample.kind & 0xFF) == kEndOfEditMarker;
+    const bool isMarker = isEndOfEditMarker(sample.kind);
     if (sample.size == 0 && !isMarker) raise(ErrorCode::emptySample);
     if (sample.timescale == 0) raise(ErrorCode::noTimescale);
     if (block.data() == nullptr && !isMarker) raise(ErrorCode::badArgument);
@@ -224,7 +224,7 @@ void Writer::addToMoof(TrackState& track, std::uint64_t time, const PendingSampl
     if (!track.hasSamples) patchLastDuration(track, time);
     track.hasSamples = true;
     ++track.sampleNumber;
-    if (writesIndex_ && (sample.kind & 0xFF) == kSyncSample) {
+    if (writesIndex_ && isSyncSample(sample.kind)) {
         // On purpose: the track's id is told for the number of its `traf`, and the run's number is
         // counted one up once more; players search by time.
         // Pinned by PlainWriterTest.EndsAFragmentedFileWithItsRandomAccessPoints.

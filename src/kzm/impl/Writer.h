@@ -57,7 +57,7 @@ protected:
         std::uint64_t offset = 0;  ///< in the frame of the `mdat`; given when it holds `block`
         SampleBlock block;         ///< none: the bytes belong to another sample
 
-        bool isMarker() const { return (kind & 0xFF) == kEndOfEditMarker; }
+        bool isMarker() const { return isEndOfEditMarker(kind); }
     };
 
     void requireOpen() const;
