@@ -15,7 +15,7 @@ bool isLeapYear(std::uint32_t year) {
 }
 
 std::uint64_t secondsBeforeYear(std::uint32_t year) {
-    std::uint64_t seconds = (year - 1904) * kYear + ((year - 1901) >> 2) * kDay;
+    std::uint64_t seconds = (year - 1904) * kYear + (year - 1901) / 4 * kDay;
     for (std::uint32_t century = 2000; century < year; century += 100) {
         if (century % 400 != 0) seconds -= kDay;
     }

@@ -30,6 +30,14 @@ void FieldWriter::u32(std::uint32_t value) { torvo::kzs::storeU32(grow(4), value
 
 void FieldWriter::u64(std::uint64_t value) { torvo::kzs::storeU64(grow(8), value); }
 
+void FieldWriter::word(std::uint64_t value, bool wide) {
+    if (wide) {
+        u64(value);
+    } else {
+        u32(torvo::kzs::low32(value));
+    }
+}
+
 void FieldWriter::zeros(std::size_t count) { grow(count); }
 
 void FieldWriter::bytes(const std::uint8_t* first, std::size_t count) {

@@ -16,6 +16,8 @@ public:
     void u24(std::uint32_t value);
     void u32(std::uint32_t value);
     void u64(std::uint64_t value);
+    /// A word of 64 bits if `wide`, else the low 32: the fields that version 1 widened.
+    void word(std::uint64_t value, bool wide);
     void zeros(std::size_t count);
     void bytes(const std::uint8_t* first, std::size_t count);
     void text(std::string_view characters);

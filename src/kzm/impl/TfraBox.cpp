@@ -5,8 +5,6 @@
 namespace qlix::kzm::impl {
 namespace {
 
-using torvo::kzs::low32;
-
 constexpr std::uint32_t kFourByteNumbers = 0x3F;
 
 /// Bytes of a number whose length is given as bytes less one.
@@ -59,15 +57,13 @@ void TfraBox::readFields() {
 void TfraBox::writeFields() {
     FieldWriter out;
     out.reserve(static_cast<std::size_t>(fieldsSize()));
-    const auto word = [&](std::uint64_t value) {
-        version() == 0 ? out.u32(low32(value)) : out.u64(value);
-    };
+    const bool wide = version() != 0;
     out.u32(trackId_);
     out.u32(kFourByteNumbers);
     out.u32(static_cast<std::uint32_t>(entries_.size()));
     for (const Entry& each : entries_) {
-        word(each.time);
-        word(each.moofOffset);
+        out.word(each.time, wide);
+        out.word(each.moofOffset, wide);
         out.u32(each.trafNumber);
         out.u32(each.trunNumber);
         out.u32(each.sampleNumber);
