@@ -13,6 +13,7 @@
 #include "kzs/base/ByteOrder.h"
 #include "offline/BootstrapDump.h"
 #include "offline/InputPath.h"
+#include "offline/OfflineException.h"
 
 namespace torvo::offline {
 namespace {
@@ -24,6 +25,7 @@ std::ifstream openInput(const OptionMap& options) {
     requireFile(path);
     std::ifstream stream;
     kvl::openForReading(stream, path);
+    if (!stream) throw CantAccessFileException(path);
     return stream;
 }
 

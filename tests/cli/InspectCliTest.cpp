@@ -196,6 +196,17 @@ TEST(InspectCliTest, AMissingFileAndAFolderAreTold) {
     }
 }
 
+TEST(InspectCliTest, AFileThatCanNotBeOpenedIsToldAndNotTakenForAnEmptyOne) {
+    const TempDir folder;
+    const std::string path = folder.makeSocket("file");
+    for (const char* mode : {"--inspect-index", "--inspect-bootstrap", "--inspect-fragments"}) {
+        const ProcessResult result = packager({mode, "--input-file", path});
+        EXPECT_EQ(result.status, 4);
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(result.err, "Error 4: cannot access input file " + path + "\n");
+    }
+}
+
 TEST(InspectCliTest, APathThatCanNotBeLookedAtIsAStandardFailureHere) {
     const ProcessResult result =
         packager({"--inspect-index", "--input-file", std::string(5000, 'x')});
