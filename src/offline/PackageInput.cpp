@@ -12,6 +12,7 @@
 #include "kzspkgutil/FLVMediaSourceProvider.h"
 #include "kzspkgutil/KZMMediaSourceProvider.h"
 #include "kzspkgutil/model/IMediaSource.h"
+#include "offline/InputPath.h"
 #include "offline/ManifestFile.h"
 #include "offline/OfflineException.h"
 #include "offline/OutputFile.h"
@@ -85,6 +86,7 @@ void packageInput(const OptionMap& options, IPackagerContext& context,
     // On purpose: a folder is told before the output path is made, a missing file behind it.
     // Pinned by PackageFailureCliTest.AFolderAsInputIsToldBeforeTheOutputPathIsMade.
     if (boost::filesystem::is_directory(inputPath)) throw PathNotFileException(inputPath);
+    refuseFifo(inputPath);
     requireManifestTexts(options);
     makeOutputPath(options);
     const std::string baseName = baseNameOf(options);

@@ -21,6 +21,7 @@
 #include "kzspkgutil/KZMTagBuilder.h"
 #include "offline/ErrorMapping.h"
 #include "offline/FragmentTiming.h"
+#include "offline/InputPath.h"
 
 namespace torvo::offline {
 namespace {
@@ -125,9 +126,10 @@ void dumpSamples(const OptionMap& options, std::ostream& out) {
     // .AnFlvFileIsNotReadHere.
     kzs::AVFragmenter fragmenter(fragmentTimingOf(options).fragmentDuration,
                                  /*checkFirstCut=*/false);
+    const std::string& path = textOf(options, "input-file");
+    refuseFifo(path);
     try {
-        kzspkgutil::KZMStream stream(textOf(options, "input-file"),
-                                     kzs::openFlagsFor(false, false));
+        kzspkgutil::KZMStream stream(path, kzs::openFlagsFor(false, false));
         qlix::kzm::WarningHandler tolerant;
         qlix::kzm::Allocator allocator;
         const bool ignoresEdits = !flagOf(options, "edit-list");

@@ -1,4 +1,6 @@
+#include <chrono>
 #include <filesystem>
+#include <sys/stat.h>
 
 #include "cli/PackageFixture.h"
 
@@ -16,6 +18,18 @@ TEST_F(PackageFailureCliTest, AFolderAsInputIsToldBeforeTheOutputPathIsMade) {
     std::filesystem::create_directory(folder / "clip.flv");
     expectFailure(package(), 1, "Error 1: Path is not a file clip.flv");
     EXPECT_FALSE(fileExists(folder / "out"));
+}
+
+TEST_F(PackageFailureCliTest, AFifoAsInputIsToldAndNotWaitedFor) {
+    ASSERT_EQ(mkfifo((folder / "clip.flv").c_str(), 0600), 0);
+    ProcessSettings settings;
+    settings.timeout = std::chrono::seconds(10);
+    settings.workingDirectory = folder.path();
+    expectFailure(packager({"--input-file=clip.flv", "--output-path=out"}, settings), 1,
+                  "Error 1: Path is not a file clip.flv");
+    EXPECT_FALSE(fileExists(folder / "out"));
+    expectFailure(packager({"--input-file=clip.flv", "--sample-dump"}, settings), 1,
+                  "Error 1: Path is not a file clip.flv");
 }
 
 TEST_F(PackageFailureCliTest, AFileOfNeitherFormatIsInvalid) {
