@@ -72,7 +72,8 @@ public:
                                                    const std::vector<Track>& selection) const;
 
     /// The end to ask for to get everything: the movie's duration. A fragmented movie that gives
-    /// none ends where its fragments' header says, or else never.
+    /// none, or that of samples in front of its fragments, ends where its fragments' header says,
+    /// or else never.
     MovieTime wholeEnd() const;
 
     /// Reads the bytes of a sample into `buffer`, which has room for them. Throws

@@ -122,6 +122,20 @@ TEST_F(PackageKzmCliTest, ASampleThatCanNotBeReadIsToldAsTheWritersFailure) {
     EXPECT_FALSE(fileExists(folder / "out/clip.kzd"));
 }
 
+TEST_F(PackageKzmCliTest, AMovieThatGoesOnInFragmentsIsPackagedWhole) {
+    IsoFile movie;
+    movie.tracks = {isoVideoTrack(1, 250, 40, 50), isoAudioTrack(2, 500, 20)};
+    movie.movieDuration = 10000;
+    EXPECT_EQ(packageFile(folder.write("plain.mp4", movie.build())).status, 0);
+    const std::vector<Bytes> plain = tagImages(read());
+    // A recorder writes the first two seconds as a movie, duration and all, and then goes on.
+    movie.samplesInTables = 50;
+    movie.samplesPerFragment = 50;
+    movie.movieDuration = 2000;
+    EXPECT_EQ(packageFile(folder.write("mixed.mp4", movie.build())).status, 0);
+    EXPECT_EQ(tagImages(read()), plain);
+}
+
 TEST_F(PackageKzmCliTest, ASecondDescriptionHasNoRoomInTheSegment) {
     IsoFile movie;
     movie.tracks = {isoVideoTrack(1, 20)};

@@ -224,6 +224,19 @@ TEST(ReaderTest, EndsWithTheMovieItsFragmentsOrNever) {
     EXPECT_EQ(OpenIso(file).reader.wholeEnd().timescale, 1000U);
 }
 
+TEST(ReaderTest, HasNoDurationFromAHeaderThatTellsOfTheTablesInFrontOfFragments) {
+    IsoFile file = twoTracks();
+    file.movieDuration = 120;  // of the three samples of the video
+    file.samplesPerFragment = 5;
+    EXPECT_EQ(OpenIso(file).reader.docInfo().duration, 120U);
+    file.samplesInTables = 3;
+    EXPECT_EQ(OpenIso(file).reader.docInfo().duration, 0U);
+    EXPECT_EQ(OpenIso(file).reader.wholeEnd().value, 0xFFFFFFFFFFFFFFFFU);
+    file.fragmentDuration = 400;
+    EXPECT_EQ(OpenIso(file).reader.docInfo().duration, 400U);
+    EXPECT_EQ(OpenIso(file).reader.wholeEnd().value, 400U);
+}
+
 TEST(ReaderTest, ReadsAMovieThatGivesNoDurationWhole) {
     IsoFile file = twoTracks();
     file.movieDuration = 0;

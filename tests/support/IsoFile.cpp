@@ -200,12 +200,25 @@ Bytes plainFile(const IsoFile& file) {
     return ftyp() + plainMoov(file, chunks) + box("mdat", data);
 }
 
-Bytes fragmentedMoov(const IsoFile& file) {
+// The tracks with only the samples that stand in front of the fragments.
+std::vector<IsoTrack> tracksInTables(const IsoFile& file) {
+    std::vector<IsoTrack> tracks = file.tracks;
+    for (IsoTrack& track : tracks) {
+        track.samples.resize(std::min<std::size_t>(track.samples.size(), file.samplesInTables));
+    }
+    return tracks;
+}
+
+Bytes fragmentedMoov(const IsoFile& file, const std::vector<IsoTrack>& inTables,
+                     const std::vector<Chunks>& chunks) {
     Bytes traks;
     Bytes extends;
     if (file.fragmentDuration) extends += fullBox("mehd", 1, 0, u64(*file.fragmentDuration));
-    for (const IsoTrack& track : file.tracks) {
-        traks += trak(file, track, emptyTables(track));
+    for (std::size_t i = 0; i < file.tracks.size(); ++i) {
+        const IsoTrack& track = file.tracks[i];
+        const bool hasTables = !inTables[i].samples.empty();
+        traks +=
+            trak(file, track, hasTables ? fullTables(inTables[i], chunks[i]) : emptyTables(track));
         const std::uint32_t duration = track.samples.empty() ? 0 : track.samples[0].duration;
         extends += fullBox("trex", 0, 0, u32(track.id), u32(1), u32(duration), u32(0), u32(0));
     }
@@ -277,9 +290,21 @@ std::vector<Stretch> stretchesFrom(const IsoFile& file, std::vector<std::size_t>
     return stretches;
 }
 
+// All in front of the fragments.
+Bytes fragmentedHead(const IsoFile& file) {
+    const std::vector<IsoTrack> inTables = tracksInTables(file);
+    std::vector<Chunks> chunks;
+    for (const IsoTrack& track : inTables) chunks.push_back(chunksOf(track));
+    const std::uint64_t moovSize = fragmentedMoov(file, inTables, chunks).size();
+    const Bytes data = mediaData(chunks, ftyp().size() + moovSize + 8);
+    const Bytes head = ftyp() + fragmentedMoov(file, inTables, chunks);
+    return file.samplesInTables == 0 ? head : head + box("mdat", data);
+}
+
 Bytes fragmentedFile(const IsoFile& file) {
-    Bytes out = ftyp() + fragmentedMoov(file);
-    std::vector<std::size_t> next(file.tracks.size(), 0);
+    Bytes out = fragmentedHead(file);
+    std::vector<std::size_t> next;
+    for (const IsoTrack& track : tracksInTables(file)) next.push_back(track.samples.size());
     for (std::uint32_t number = 1;; ++number) {
         const std::vector<Stretch> stretches = stretchesFrom(file, next);
         if (stretches.empty()) return out;

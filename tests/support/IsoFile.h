@@ -48,7 +48,8 @@ enum class IsoBase { kFileOffset, kMoof, kImplied };
 /// A whole file, plain or fragmented. All sizes and offsets are honest.
 ///
 ///   plain       ftyp, moov, mdat; or ftyp, mdat, moov
-///   fragmented  ftyp, moov with mvex, then a moof and an mdat for each fragment
+///   fragmented  ftyp, moov with mvex, then a moof and an mdat for each fragment; and an mdat in
+///               front of them if there are samples in tables
 struct IsoFile {
     std::uint32_t movieTimescale = 1000;
     std::uint64_t movieDuration = 100000;  ///< ticks of the movie
@@ -57,6 +58,8 @@ struct IsoFile {
     bool isMoovFirst = true;
     /// Samples of each track in a fragment; 0 makes a plain file.
     unsigned samplesPerFragment = 0;
+    /// So many samples of each track in front of the fragments, in tables.
+    unsigned samplesInTables = 0;
     unsigned samplesPerRun = 100;
     IsoBase base = IsoBase::kFileOffset;
     bool usesTrackDefaults = false;                 ///< durations are in `trex`, not in the runs

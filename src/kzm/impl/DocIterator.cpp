@@ -13,14 +13,14 @@
 namespace qlix::kzm::impl {
 namespace {
 
-// In a fragmented movie the last edit may have no duration: its media was not there yet when the
-// list was written, and all of it is meant.
+// In a fragmented movie the last edit may have no duration, or that of the tables: its media was
+// not there yet when the list was written, and all of it is meant.
 std::vector<Edit> editsOf(const KZMTrack& track) {
     const ElstBox* elst = track.trak().elst();
     if (elst == nullptr) return {};
     std::vector<Edit> edits = elst->edits();
-    if (!edits.empty() && track.isFragmented() && edits.back().duration == 0 &&
-        !edits.back().isEmpty()) {
+    if (!edits.empty() && !edits.back().isEmpty() && track.isFragmented() &&
+        (edits.back().duration == 0 || track.beginsInTables())) {
         edits.back().duration = std::numeric_limits<std::uint64_t>::max();
     }
     return edits;

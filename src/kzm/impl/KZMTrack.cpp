@@ -14,6 +14,7 @@
 #include "kzm/impl/StblBox.h"
 #include "kzm/impl/StsdBox.h"
 #include "kzm/impl/StszBox.h"
+#include "kzm/impl/SttsBox.h"
 #include "kzm/impl/TkhdBox.h"
 #include "kzm/impl/TrakBox.h"
 
@@ -62,6 +63,13 @@ KZMTrack::KZMTrack(const MoovBox& moov, const TrakBox& trak, FragmentIndex& frag
     if (trak.elst() != nullptr) {
         record_.emptyEditCount = static_cast<std::uint32_t>(trak.elst()->emptyEditCount());
     }
+}
+
+bool KZMTrack::beginsInTables() const {
+    const StblBox* stbl = trak_.stbl();
+    return isFragmented_ && stbl != nullptr && stbl->stsz() != nullptr &&
+           stbl->stsz()->sampleCount() > 0 && stbl->stts() != nullptr &&
+           !stbl->stts()->rows().empty();
 }
 
 std::uint32_t KZMTrack::sampleCount() const {

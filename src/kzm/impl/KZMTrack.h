@@ -24,6 +24,8 @@ public:
     const TrackRecord& record() const { return record_; }
     std::uint32_t movieTimescale() const { return movieTimescale_; }
     bool isFragmented() const { return isFragmented_; }
+    /// Whether the movie is fragmented and the track has samples in front of all fragments.
+    bool beginsInTables() const;
     const TrakBox& trak() const { return trak_; }
     FragmentIndex& fragments() const { return fragments_; }
 

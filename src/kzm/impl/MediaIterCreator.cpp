@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "kzm/impl/FragmentedTrackIterator.h"
+#include "kzm/impl/MixedTrackIterator.h"
 #include "kzm/impl/TrackIterator.h"
 
 namespace qlix::kzm::impl {
@@ -11,8 +12,9 @@ MediaIterCreator::MediaIterCreator(std::shared_ptr<const KZMTrack> track)
     : track_(std::move(track)) {}
 
 std::unique_ptr<SampleIterator> MediaIterCreator::create(const TimeRange& range) const {
-    if (track_->isFragmented()) return std::make_unique<FragmentedTrackIterator>(track_, range);
-    return std::make_unique<TrackIterator>(track_, range);
+    if (!track_->isFragmented()) return std::make_unique<TrackIterator>(track_, range);
+    if (track_->beginsInTables()) return std::make_unique<MixedTrackIterator>(track_, range);
+    return std::make_unique<FragmentedTrackIterator>(track_, range);
 }
 
 Sample MediaIterCreator::marker(std::uint64_t mediaTicks) const {

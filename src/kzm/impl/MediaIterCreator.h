@@ -14,7 +14,7 @@ public:
     explicit MediaIterCreator(std::shared_ptr<const KZMTrack> track);
 
     /// The samples of a range of decode times: from the tables, or from the fragments if the movie
-    /// is fragmented.
+    /// is fragmented, or from both.
     std::unique_ptr<SampleIterator> create(const TimeRange& range) const;
     /// A sample that stands for an empty edit.
     Sample marker(std::uint64_t mediaTicks) const;

@@ -50,8 +50,21 @@ DocInfo Reader::docInfo() const {
     info.rate = static_cast<float>(movie.rate);
     info.volume = static_cast<float>(movie.volume);
     info.timescale = movie.timescale;
-    info.duration = movie.duration;
+    info.duration = beginsInTables() ? durationOfFragments() : movie.duration;
     return info;
+}
+
+/// Then the movie header tells of the tables alone: it was written before there were fragments.
+bool Reader::beginsInTables() const {
+    const auto& tracks = document_.tracks();
+    return std::any_of(tracks.begin(), tracks.end(),
+                       [](const auto& track) { return track->beginsInTables(); });
+}
+
+/// Of the whole movie in its ticks; 0 where a fragmented movie doesn't tell.
+std::uint64_t Reader::durationOfFragments() const {
+    const MvexBox* mvex = document_.moov().mvex();
+    return mvex != nullptr && mvex->mehd() != nullptr ? mvex->mehd()->duration() : 0;
 }
 
 std::vector<std::shared_ptr<const KZMTrack>> Reader::tracks(
@@ -87,10 +100,10 @@ std::shared_ptr<SampleIterator> Reader::createIterator(
 
 ScaledTime Reader::wholeEnd() const {
     const MovieHeader& movie = document_.movieHeader().movie();
-    const MvexBox* mvex = document_.moov().mvex();
-    if (mvex == nullptr || movie.duration != 0) return {movie.duration, movie.timescale};
-    const MehdBox* mehd = mvex->mehd();
-    const std::uint64_t ofFragments = mehd != nullptr ? mehd->duration() : 0;
+    const bool tellsAll =
+        document_.moov().mvex() == nullptr || (movie.duration != 0 && !beginsInTables());
+    if (tellsAll) return {movie.duration, movie.timescale};
+    const std::uint64_t ofFragments = durationOfFragments();
     return {ofFragments != 0 ? ofFragments : std::numeric_limits<std::uint64_t>::max(),
             movie.timescale};
 }

@@ -37,6 +37,9 @@ public:
     std::uint64_t fileSize() { return stream_.byteSize(); }
 
 private:
+    bool beginsInTables() const;
+    std::uint64_t durationOfFragments() const;
+
     /// The stream is open as long as this lives.
     class OpenStream {
     public:
