@@ -7,6 +7,7 @@ namespace hlx {
 namespace {
 
 /// On purpose: what the library is told of NAL units, whatever the sample.
+/// Pinned by ProtectCliTest.HigherLevelsEncryptMore.
 constexpr std::uint32_t kNalLengthSize = 4;
 
 QlixHLXEncryptor* create(const SecretBytes& commonKey, const std::string& contentId,

@@ -116,7 +116,7 @@ void AVFragmenter::moveCells(std::uint64_t cell) {
 }
 
 // On purpose: an event of no consequence tells the cells and the state all the same.
-// Pinned by the transition tests.
+// Pinned by TransitionTest.AnswersAndMovesAsItsRowSays.
 FragmentEvent AVFragmenter::nothing(const Step& step) const {
     FragmentEvent event;
     event.currentCell = step.cell;

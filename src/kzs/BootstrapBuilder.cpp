@@ -141,7 +141,8 @@ void BootstrapBuilder::countInLastSegment(std::uint32_t segment, std::uint32_t f
 
 // Returns how many fragment numbers were added to the segment's count. There is a fragment.
 std::uint32_t BootstrapBuilder::addSkippedFragments(std::uint32_t segment, std::uint32_t upTo) {
-    // On purpose: the smaller of the two, though both callers come only where numbers are missing.
+    // On purpose: the smaller of the two. No test can tell: both callers come only where numbers
+    // are missing.
     const std::uint32_t first = std::min(lastFragment_ + 1, upTo);
     if (!endsWithIndicator(kFragmentsSkipped)) {
         append({first, milliseconds(0), 0, kFragmentsSkipped});

@@ -80,7 +80,9 @@ std::string ManifestCommitter::commitBootstrap(const Rendition& rendition) {
 
 std::string ManifestCommitter::addBootstrap(const Rendition& rendition) {
     const ElementPtr element = makeElement("bootstrapInfo");
-    element->setAttribute("profile", "named");  // on purpose: the only one there is
+    // On purpose: the only profile there is.
+    // Pinned by ManifestTest.PutsBootstrapHeaderAndMediaBehindThem.
+    element->setAttribute("profile", "named");
     if (rendition.bootstrapUrl.empty()) {
         setText(*element, base64Encode(serialiseBootstrap(rendition.bootstrap(), false)));
     } else {

@@ -24,8 +24,10 @@ Codec videoCodec(std::uint32_t codecId) {
             return {fourCc("VP6A"), 2};
         case 7:
             return {fourCc("avc1"), 5};
+        // On purpose: 3 and 6, the screen codecs, have none either.
+        // Pinned by FLVCodecsTest.DescribesVideoByItsCodecId.
         default:
-            return {0, 0};  // on purpose also for 3 and 6, the screen codecs
+            return {0, 0};
     }
 }
 

@@ -128,7 +128,10 @@ void FLVMediaSource::addVideoTrack(flv::TagIterator& tags, double width, double 
 
 void FLVMediaSource::addAudioTrack(flv::TagIterator& tags) {
     const boost::shared_ptr<KZSTrack> track = newTrack(fourCc("soun"), properties_);
-    track->volume = 1.0F;  // on purpose: video has 0.0
+    // On purpose: full volume, where video has none.
+    // Pinned by FLVMediaSourceTest.DescribesTheAudioTrackOfAFileWithoutVideo and
+    // .DescribesTheVideoTrack.
+    track->volume = 1.0F;
     if (const auto tag = nextTag(tags, kAudioTag)) {
         track->descriptors.push_back(describeAudio(*tag));
     }

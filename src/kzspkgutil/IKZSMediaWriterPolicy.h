@@ -20,8 +20,9 @@ namespace torvo::kzspkgutil {
 /// One policy serves all files of a run. Failures of the box library pass through. A null track
 /// handle is handed on, and the box library refuses it with 20.
 ///
-/// On purpose there is no virtual destructor: a policy isn't deleted through this interface. The
-/// order of the operations is fixed.
+/// The order of the operations is fixed. On purpose there is no virtual destructor: a policy isn't
+/// deleted through this interface. Pinned by
+/// IKZSMediaWriterPolicyTest.IsNotDeletedThroughItsInterface.
 class IKZSMediaWriterPolicy {
 public:
     /// Each makes a track and its descriptions in `writer`.

@@ -83,6 +83,7 @@ void KZMMediaSource::selectTracks() {
     std::array<bool, kHandlers.size()> isTaken = {};
     for (const qlix::kzm::Track& track : reader_.tracks()) {
         // On purpose: the format is looked at even when there is a track of each kind already.
+        // No test can tell: none is taken any more either way.
         if (!isSupported(track)) continue;
         if (std::find(isTaken.begin(), isTaken.end(), false) == isTaken.end()) break;
         const auto* const handler =

@@ -76,8 +76,10 @@ std::uint8_t nellymoserByte(const KZMDescriptionFacts& description) {
     const auto between = [rate](float low, float high) { return low < rate && rate < high; };
 
     unsigned code = 0x6C + size + stereo;
+    // On purpose: the two speech rates, 8 and 16 kHz, are mono whatever is said.
+    // Pinned by NellymoserTagTest.ComputesItsByteFromRateAndSizeAndChannels.
     if (rate >= 8000 && rate < 8001) {
-        code = 0x50 + size;  // on purpose: the two speech rates are mono whatever is said
+        code = 0x50 + size;
     } else if (rate >= 16000 && rate < 16001) {
         code = 0x40 + size;
     } else if (between(4000, 6000)) {

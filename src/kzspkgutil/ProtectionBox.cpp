@@ -48,7 +48,7 @@ Blob box(std::uint32_t type, const Blob& content) {
 }
 
 /// The flags are 0 in all of them. On purpose the boxes have different versions, and `flxs` none,
-/// as players expect them. Pinned by the tests of ProtectionBoxTest.
+/// as players expect them. Pinned by ProtectionBoxTest.IsTheWholeTree.
 Blob fullBox(std::uint32_t type, std::uint8_t version, const Blob& content) {
     return box(type, joined({word(std::uint32_t{version} << 24), content}));
 }

@@ -9,7 +9,8 @@ namespace torvo::kzspkgutil {
 /// The policy of contexts of kind 1: `ahdr` has version 3.
 ///
 /// On purpose: it keeps the streaming record as a second text, and this version of the box doesn't
-/// write it.
+/// write it. Pinned by EncryptedPolicyFactoryTest.KindOneCarriesAStreamingRecord and
+/// ProtectionBoxTest.OnlyTheHeaderVersionTellsTheTwoKindsApart.
 class QSTREncryptedKZSMediaWriterPolicy final : public EncryptedKZSMediaWriterPolicy {
 public:
     QSTREncryptedKZSMediaWriterPolicy(IPackagerContext& context, hlx::HLXEncryptor encryptor,

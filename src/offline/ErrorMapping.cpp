@@ -45,7 +45,9 @@ constexpr BoxFailureRange kBoxFailures[] = {
         case BoxFailure::badInput:
             throw InvalidInputFileException();
         case BoxFailure::badEsds:
-            throw InvalidInputFileException("Invlaid ESDS Box");  // on purpose: spelled so
+            // On purpose: spelled so.
+            // Pinned by ErrorMappingTest.EveryNumberOfTheBoxLibraryHasItsClass.
+            throw InvalidInputFileException("Invlaid ESDS Box");
         case BoxFailure::badAvcc:
             throw InvalidInputFileException("Invalid AVCC box");
         case BoxFailure::writer:

@@ -81,6 +81,7 @@ void inspectBootstrap(const OptionMap& options, std::ostream& out) {
     const PrintSettings settings(out);
     std::ifstream stream = openInput(options);
     // On purpose: at the first byte, as for the index.
+    // Pinned by InspectCliTest.AnIndexOrABootstrapBehindOtherBytesIsNotLookedFor.
     printBootstrapAt(stream, out);
 }
 

@@ -32,7 +32,8 @@ namespace torvo::offline {
 /// Pinned by OfflineExceptionTest.EachClassHasItsCodeAndText.
 ///
 /// On purpose: no base class. A handler for std::exception must not take one of these for a
-/// foreign failure. Thrown by value, caught by reference.
+/// foreign failure. Pinned by OfflineExceptionTest.AHandlerForStandardExceptionsDoesNotSeeIt.
+/// Thrown by value, caught by reference.
 class OfflineException {
 public:
     OfflineException(std::int32_t code, std::string text);
@@ -102,6 +103,7 @@ public:
 };
 
 /// On purpose: 11 with a text, 14 without, the reverse of EncryptionException.
+/// Pinned by OfflineExceptionTest.TheTwoLibrariesHaveCrossedCodes.
 class FLVLibraryException final : public OfflineException {
 public:
     FLVLibraryException();
@@ -119,6 +121,7 @@ public:
 };
 
 /// On purpose: 14 with a text, 11 without, the reverse of FLVLibraryException.
+/// Pinned by OfflineExceptionTest.TheTwoLibrariesHaveCrossedCodes.
 class EncryptionException final : public OfflineException {
 public:
     EncryptionException();

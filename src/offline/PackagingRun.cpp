@@ -103,7 +103,9 @@ void PackagingRun::tellProgress(double limitMs) const {
 void PackagingRun::handleSample(const kzs::FragmenterSample& sample) {
     const kzs::FragmentEvent event = fragmenter_->addSample(sample);
     if (recorder_->handleEvent(event, sample.time) && pastLimit_) stopRequested_ = true;
-    // On purpose only now, so that the sample which brought the cut starts the next fragment.
+    // On purpose only now: the sample which brought the cut starts the next fragment, and what ends
+    // at the cut is packaged even if that sample can't be read.
+    // Pinned by PackagingRunTest.WhatIsCutIsPackagedBeforeTheSampleThatBringsTheCutIsRead.
     recorder_->keep(sampleIterator_->currentMessage());
 }
 

@@ -40,6 +40,7 @@ void runProtectedFlow(OptionMap& options, kzspkgutil::IPackagerContext& context)
     warnOfExpiry(*setup);
     if (flagOf(options, "update-drm-info")) {
         // On purpose: `dump-drm-metadata` has no effect here.
+        // Pinned by ProtectRenditionsTest.AnUpdateLeavesOneInlineHeaderForAll.
         updateManifest(options, setup->additionalHeader());
         return;
     }

@@ -80,6 +80,7 @@ std::string firstBytesOf(Reader& reader, const Sample& sample) {
     text.imbue(std::locale::classic());
     // On purpose: the width is set once and holds for the first blank alone, which becomes "0 ";
     // no value is padded. Without any bytes there is not even that.
+    // Pinned by SampleDumpCliTest.MessagesAreData and .PausesOfAnEditListShowAsGapsWithoutData.
     text << std::hex << std::setw(2) << std::setfill('0');
     for (const std::uint8_t byte : bytes) text << ' ' << static_cast<unsigned>(byte);
     return text.str();
@@ -88,6 +89,7 @@ std::string firstBytesOf(Reader& reader, const Sample& sample) {
 void printSamples(Reader& reader, const std::vector<Sample>& samples, std::uint32_t fragment,
                   std::ostream& out) {
     // On purpose: with a blank in front of the third comma.
+    // Pinned by SampleDumpCliTest.MessagesAreData.
     constexpr const char* kLine =
         "in | fragment : %1%, timestamp : %2%, media-type : %3% , length : %4%, "
         "sample-type : %5%, data : %6%\n";

@@ -53,7 +53,7 @@ void SegmentWriter::advance(std::uint32_t milliseconds) {
 
 void SegmentWriter::roll() {
     // Closing swallows failures, so what is still on its way must fail here. On purpose the old
-    // file is not finished beyond that.
+    // file is not finished beyond that. No test can tell: `finishWriter` is a flush as well.
     if (writer_) {
         writer_->flush();
         stream_->settle();

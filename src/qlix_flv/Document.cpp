@@ -64,6 +64,7 @@ FLVDocInfo Document::info() {
 
 FLVDocInfo Document::findKinds() {
     // On purpose: by the tags, never by the flags of the header, which lie often.
+    // Pinned by DocInfoTest.IsTakenFromTheTagsAndNotFromTheFlags.
     FLVDocInfo info{1, 0, 0};
     ForwardWalk walk(*this, TagSelection{}, ReadAhead::Gap::skip);
     try {

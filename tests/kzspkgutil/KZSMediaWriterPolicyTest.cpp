@@ -22,8 +22,9 @@ using test::WriterHarness;
 constexpr std::uint32_t kHint = 2;
 const Timestamp kTime = kzs::milliseconds(40);
 
-static_assert(!std::has_virtual_destructor<IKZSMediaWriterPolicy>::value,
-              "the interface has the eleven operations and no destructor slot");
+TEST(IKZSMediaWriterPolicyTest, IsNotDeletedThroughItsInterface) {
+    EXPECT_FALSE(std::has_virtual_destructor_v<IKZSMediaWriterPolicy>);
+}
 
 /// A policy that knows the descriptions of `track`, told to it over another file.
 class PolicyTest : public testing::Test {

@@ -9,6 +9,7 @@
 #include "kzs/Rendition.h"
 #include "kzs/base/ByteOrder.h"
 #include "kzspkgutil/KZSMediaWriterPolicy.h"
+#include "kzspkgutil/model/KZSPkgUtilException.h"
 #include "offline/OfflineException.h"
 #include "offline/OptionFixture.h"
 #include "offline/PackagingRun.h"
@@ -55,9 +56,10 @@ public:
     boost::shared_ptr<kzspkgutil::ISampleIterator> getSampleIterator() override;
 
     std::vector<std::uint64_t> times;
-    std::vector<std::uint64_t> skipped;   ///< times that are reported as skipped
-    std::vector<std::uint64_t> messages;  ///< the times whose data was asked for
-    std::vector<BlockPtr> blocks;         ///< that data
+    std::vector<std::uint64_t> skipped;     ///< times that are reported as skipped
+    std::vector<std::uint64_t> unreadable;  ///< times of samples whose data can't be had
+    std::vector<std::uint64_t> messages;    ///< the times whose data was asked for
+    std::vector<BlockPtr> blocks;           ///< that data
 
 private:
     boost::shared_ptr<KZSTrack> track_;
@@ -78,6 +80,9 @@ public:
     }
 
     TCMessage currentMessage() override {
+        if (std::count(source_.unreadable.begin(), source_.unreadable.end(), time_) > 0) {
+            throw kzspkgutil::KZSPkgUtilException(1, "unreadable");
+        }
         source_.messages.push_back(time_);
         const auto ms = static_cast<std::uint32_t>(time_);
         const kz::test::Bytes image = kz::test::mp3Frame(ms, kz::test::pattern(8, ms)).image();
@@ -194,6 +199,14 @@ TEST_F(PackagingRunTest, SkippedSamplesAreNotReadButCanBeTheLast) {
     run(0.0);
     EXPECT_EQ(source.messages.size(), 9U);
     EXPECT_EQ(rendition.bootstrap().currentMediaTime.value, 5000U);
+}
+
+TEST_F(PackagingRunTest, WhatIsCutIsPackagedBeforeTheSampleThatBringsTheCutIsRead) {
+    samplesEvery(500, 5000);
+    source.unreadable = {4000};
+    EXPECT_THROW(run(0.0), kzspkgutil::KZSPkgUtilException);
+    ASSERT_EQ(index().size(), 1U);
+    EXPECT_EQ(index().front().fragment, 1U);
 }
 
 TEST_F(PackagingRunTest, AnInputWithoutSamplesLeavesASegmentAndAnIndex) {

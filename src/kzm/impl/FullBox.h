@@ -20,7 +20,7 @@ public:
 
     void writeHeader() override;
     /// On purpose the full header is always counted as 12 bytes, however long the header is that
-    /// was read.
+    /// was read. Pinned by FullBoxTest.CountsTwelveBytesOfHeaderEvenForALongOne.
     std::uint64_t fieldsSize() const override;
     void readVersionAndFlags() override;
     void resetSize() override;

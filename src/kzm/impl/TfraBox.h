@@ -8,7 +8,7 @@ namespace qlix::kzm::impl {
 ///
 ///   offset  size  field
 ///        0    12  full box header: 'tfra', version 1, flags 0
-///       12     4  track id; on purpose only its low 8 bits are kept
+///       12     4  track id; only its low 8 bits are kept
 ///       16     4  bytes less one of the last three fields of an entry, two bits each: 0x3F is
 ///                 four bytes each
 ///       20     4  entry count
@@ -16,7 +16,7 @@ namespace qlix::kzm::impl {
 ///                 sample number 4
 ///
 /// In version 0 time and offset have 4 bytes each; the writer only makes version 1.
-/// TfraBoxTest.KeepsTheLowByteOfTheTrackId pins the id.
+/// On purpose one byte of the id is enough. Pinned by TfraBoxTest.KeepsTheLowByteOfTheTrackId.
 class TfraBox final : public FullBox {
 public:
     struct Entry {

@@ -47,7 +47,7 @@ constexpr void storeU64(std::uint8_t* p, std::uint64_t value) {
     storeU32(p + 4, static_cast<std::uint32_t>(value));
 }
 
-/// The low 32 bits, where a wider value is cut on purpose.
+/// The low 32 bits, for where a wider value is meant to be cut.
 constexpr std::uint32_t low32(std::uint64_t value) { return static_cast<std::uint32_t>(value); }
 
 /// A four-character code: the first letter in the high byte, so that its big-endian bytes spell

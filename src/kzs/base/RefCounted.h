@@ -23,7 +23,8 @@ public:
     std::uint32_t decrement() { return --count_; }
 
 private:
-    std::uint32_t count_ = 0;  // on purpose: a fresh object has no owner yet
+    // On purpose: a fresh object has no owner yet. Pinned by BlockTest.StartsWithoutAnOwner.
+    std::uint32_t count_ = 0;
 };
 
 /// Implements the two operations of `Interface`, which derives from IRefCountedObject.

@@ -52,6 +52,15 @@ TEST(FullBoxTest, ResetsToTwelveBytes) {
     EXPECT_EQ(box.ownSize(), 12U);
 }
 
+TEST(FullBoxTest, CountsTwelveBytesOfHeaderEvenForALongOne) {
+    // 16 bytes of header with a size of 64 bits, 4 of version and flags, 20 of fields: 40 bytes.
+    ReadFile file(largeBox("test", u32(0) + fill(20, 0)));
+    const auto header = readBoxHeader(file.stream, nullptr);
+    const FullBox box(file.context(), *header);
+    EXPECT_EQ(box.ownSize(), 40U);
+    EXPECT_EQ(box.fieldsSize(), 28U);
+}
+
 TEST(UnknownFullBoxTest, WritesThePayloadBehindTwelveBytesAndGivesItBackOnce) {
     const Bytes payload = text("payload");
     int released = 0;
