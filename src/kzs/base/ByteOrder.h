@@ -2,12 +2,16 @@
 
 #include <cstdint>
 
+#include <boost/endian/conversion.hpp>
+
 namespace torvo::kzs {
 
 /// Big-endian integers in memory: the program loads and stores them here, and in the two C
 /// libraries by functions of their own.
 ///
-/// `p` points to at least as many bytes as the name says; no alignment is needed.
+/// `p` points to at least as many bytes as the name says; no alignment is needed. Of stores one
+/// behind the other compilers make single bytes when they are told as shifts, so those are told as
+/// a swap.
 
 constexpr std::uint16_t loadU16(const std::uint8_t* p) {
     return static_cast<std::uint16_t>((p[0] << 8) | p[1]);
@@ -25,9 +29,8 @@ constexpr std::uint64_t loadU64(const std::uint8_t* p) {
     return (std::uint64_t{loadU32(p)} << 32) | loadU32(p + 4);
 }
 
-constexpr void storeU16(std::uint8_t* p, std::uint16_t value) {
-    p[0] = static_cast<std::uint8_t>(value >> 8);
-    p[1] = static_cast<std::uint8_t>(value);
+inline void storeU16(std::uint8_t* p, std::uint16_t value) {
+    boost::endian::store_big_u16(p, value);
 }
 
 /// Writes the low 24 bits.
@@ -37,14 +40,12 @@ constexpr void storeU24(std::uint8_t* p, std::uint32_t value) {
     p[2] = static_cast<std::uint8_t>(value);
 }
 
-constexpr void storeU32(std::uint8_t* p, std::uint32_t value) {
-    p[0] = static_cast<std::uint8_t>(value >> 24);
-    storeU24(p + 1, value);
+inline void storeU32(std::uint8_t* p, std::uint32_t value) {
+    boost::endian::store_big_u32(p, value);
 }
 
-constexpr void storeU64(std::uint8_t* p, std::uint64_t value) {
-    storeU32(p, static_cast<std::uint32_t>(value >> 32));
-    storeU32(p + 4, static_cast<std::uint32_t>(value));
+inline void storeU64(std::uint8_t* p, std::uint64_t value) {
+    boost::endian::store_big_u64(p, value);
 }
 
 /// The low 32 bits, for where a wider value is meant to be cut.
