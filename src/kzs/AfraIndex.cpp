@@ -1,5 +1,6 @@
 #include "kzs/AfraIndex.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace torvo::kzs {
@@ -25,8 +26,10 @@ void AfraIndex::fillMissingFragments(std::uint32_t number, std::uint32_t current
     }
 }
 
-std::optional<std::pair<std::uint32_t, std::uint32_t>> AfraIndex::firstBreak() const {
-    for (std::size_t i = 1; i < globalEntries.size(); ++i) {
+std::optional<std::pair<std::uint32_t, std::uint32_t>> AfraIndex::firstBreak(
+    std::size_t checked) const {
+    // The last one that is known has a neighbour that isn't.
+    for (std::size_t i = std::max<std::size_t>(checked, 1); i < globalEntries.size(); ++i) {
         const std::uint32_t earlier = globalEntries[i - 1].fragment;
         const std::uint32_t later = globalEntries[i].fragment;
         if (later != earlier + 1) return std::make_pair(earlier, later);

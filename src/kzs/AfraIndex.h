@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include <boost/container/deque.hpp>
+
 #include "kzs/base/Timestamp.h"
 
 namespace torvo::kzs {
@@ -23,6 +25,12 @@ struct AfraEntry {
     std::uint64_t offsetFromAfra = 0;
 };
 
+/// Grows without moving what is there: a long recording has very many entries, and a moment with
+/// two copies of them would be its peak of memory. In blocks of 16 KB.
+using AfraEntries = boost::container::deque<
+    AfraEntry, void,
+    boost::container::deque_options_t<boost::container::block_bytes<std::size_t{16} * 1024>>>;
+
 /// Where the fragments lie (`afra`): entries in the order in which they were added.
 struct AfraIndex {
     /// More global entries than this are never made by filling: a leap in the time stamps with
@@ -33,7 +41,7 @@ struct AfraIndex {
     bool longOffsets = true;  ///< offsets take 8 bytes in a file, else the low 4
     std::uint32_t timescale = 1000;
     std::vector<AfraEntry> localEntries;
-    std::vector<AfraEntry> globalEntries;
+    AfraEntries globalEntries;
 
     /// Appends an entry without data for each fragment number between the last one and `number`,
     /// with the last entry's time and `currentSegment`. An empty list stays empty.
@@ -42,7 +50,11 @@ struct AfraIndex {
 
     /// The first two neighbours among the global entries whose fragment numbers aren't
     /// consecutive, earlier one first; nothing when the list is dense.
-    std::optional<std::pair<std::uint32_t, std::uint32_t>> firstBreak() const;
+    ///
+    /// The first `checked` entries are known to be dense from a check before: entries are only
+    /// appended, and their fragment numbers never change.
+    std::optional<std::pair<std::uint32_t, std::uint32_t>> firstBreak(
+        std::size_t checked = 0) const;
 };
 
 bool operator==(const AfraEntry& left, const AfraEntry& right);

@@ -1,5 +1,6 @@
 #include "kzs/AfraWriter.h"
 
+#include <algorithm>
 #include <ostream>
 
 #include "kzs/AfraFormat.h"
@@ -34,18 +35,15 @@ std::uint8_t* putId(std::uint8_t* out, std::uint32_t value) {
     }
 }
 
-/// What follows the local count. The widths are settled ahead of the entries: the index is
-/// serialised for each fragment, with an entry for each fragment so far.
+using Entries = AfraEntries::const_iterator;
+
+/// Times go out as their values, in whatever timescale they have. The widths are settled ahead of
+/// the entries: the index is serialised for each fragment, with an entry for each fragment so far.
 template <bool kLongIds, bool kLongOffsets>
-void storeEntries(const AfraIndex& index, std::uint8_t* out) {
-    // Times go out as their values, in whatever timescale they have.
-    for (const AfraEntry& entry : index.localEntries) {
-        out = putSized<true>(out, entry.time.value);
-        out = putSized<kLongOffsets>(out, entry.offset);
-    }
-    if (index.globalEntries.empty()) return;
-    out = putSized<false>(out, index.globalEntries.size());
-    for (const AfraEntry& entry : index.globalEntries) {
+void storeGlobalEntries(const Entries& first, std::size_t count, std::uint8_t* out) {
+    // An iterator that nobody else can reach stays in registers.
+    for (Entries next = first; count > 0; ++next, --count) {
+        const AfraEntry& entry = *next;
         out = putSized<true>(out, entry.time.value);
         out = putId<kLongIds>(out, entry.segment);
         out = putId<kLongIds>(out, entry.fragment);
@@ -62,29 +60,83 @@ std::uint8_t bitsOf(const AfraIndex& index) {
                                      (index.globalEntries.empty() ? 0 : kAfraGlobalEntries));
 }
 
-std::size_t sizeOf(const AfraIndex& index) {
-    const std::size_t offsetSize = index.longOffsets ? 8 : 4;
-    const std::size_t idSize = index.longIds ? 4 : 2;
-    const std::size_t local = index.localEntries.size() * (8 + offsetSize);
-    const std::size_t global = index.globalEntries.size() * (8 + 2 * idSize + 2 * offsetSize);
-    return kHeadSize + local + (index.globalEntries.empty() ? 0 : 4 + global);
+std::size_t localEntrySizeOf(const AfraIndex& index) { return 8 + (index.longOffsets ? 8U : 4U); }
+
+std::size_t globalEntrySizeOf(const AfraIndex& index) {
+    return 8 + 2 * (index.longIds ? 4U : 2U) + 2 * (index.longOffsets ? 8U : 4U);
 }
 
-}  // namespace
+std::size_t frontSizeOf(const AfraIndex& index) {
+    return kHeadSize + index.localEntries.size() * localEntrySizeOf(index) +
+           (index.globalEntries.empty() ? 0 : 4);
+}
 
-void serialiseAfra(const AfraIndex& index, std::vector<std::uint8_t>& bytes) {
-    bytes.resize(sizeOf(index));
-    std::uint8_t* const out = bytes.data();
-    storeU32(out, low32(bytes.size()));
+std::size_t sizeOf(const AfraIndex& index) {
+    return frontSizeOf(index) + index.globalEntries.size() * globalEntrySizeOf(index);
+}
+
+/// All that is before the global entries. Returns its end.
+std::uint8_t* storeFront(const AfraIndex& index, std::uint8_t* out) {
+    storeU32(out, low32(sizeOf(index)));
     storeU32(out + 4, fourCc("afra"));
     storeU32(out + 8, 0);
     out[12] = bitsOf(index);
     storeU32(out + 13, index.timescale);
     storeU32(out + 17, low32(index.localEntries.size()));
-    constexpr void (*kStore[2][2])(const AfraIndex&, std::uint8_t*) = {
-        {storeEntries<false, false>, storeEntries<false, true>},
-        {storeEntries<true, false>, storeEntries<true, true>}};
-    kStore[index.longIds ? 1 : 0][index.longOffsets ? 1 : 0](index, out + kHeadSize);
+    out += kHeadSize;
+    for (const AfraEntry& entry : index.localEntries) {
+        out = putSized<true>(out, entry.time.value);
+        out = index.longOffsets ? putSized<true>(out, entry.offset)
+                                : putSized<false>(out, entry.offset);
+    }
+    return index.globalEntries.empty() ? out : putSized<false>(out, index.globalEntries.size());
+}
+
+/// The front, if asked for, and the global entries from `first` up to `end`.
+void serialisePart(const AfraIndex& index, bool withFront, std::size_t first, std::size_t end,
+                   std::vector<std::uint8_t>& bytes) {
+    bytes.resize((withFront ? frontSizeOf(index) : 0) + (end - first) * globalEntrySizeOf(index));
+    std::uint8_t* const out = withFront ? storeFront(index, bytes.data()) : bytes.data();
+    constexpr void (*kStore[2][2])(const Entries&, std::size_t, std::uint8_t*) = {
+        {storeGlobalEntries<false, false>, storeGlobalEntries<false, true>},
+        {storeGlobalEntries<true, false>, storeGlobalEntries<true, true>}};
+    kStore[index.longIds ? 1 : 0][index.longOffsets ? 1 : 0](
+        index.globalEntries.begin() + static_cast<std::ptrdiff_t>(first), end - first, out);
+}
+
+}  // namespace
+
+AfraPieces::AfraPieces(const AfraIndex& index)
+    : index_(index),
+      frontSize_(frontSizeOf(index)),
+      entrySize_(globalEntrySizeOf(index)),
+      entriesInFirst_(frontSize_ < kMaxSize ? (kMaxSize - frontSize_) / entrySize_ : 0) {}
+
+std::size_t AfraPieces::firstEntryOf(std::size_t piece) const {
+    if (piece == 0) return 0;
+    return std::min(index_.globalEntries.size(),
+                    entriesInFirst_ + (piece - 1) * (kMaxSize / entrySize_));
+}
+
+std::size_t AfraPieces::count() const {
+    const std::size_t entries = index_.globalEntries.size();
+    if (entries <= entriesInFirst_) return 1;
+    const std::size_t entriesInOthers = kMaxSize / entrySize_;
+    return 1 + (entries - entriesInFirst_ + entriesInOthers - 1) / entriesInOthers;
+}
+
+std::size_t AfraPieces::offsetOf(std::size_t piece) const {
+    return piece == 0 ? 0 : frontSize_ + firstEntryOf(piece) * entrySize_;
+}
+
+std::size_t AfraPieces::totalSize() const { return sizeOf(index_); }
+
+void AfraPieces::serialise(std::size_t piece, std::vector<std::uint8_t>& bytes) const {
+    serialisePart(index_, piece == 0, firstEntryOf(piece), firstEntryOf(piece + 1), bytes);
+}
+
+void serialiseAfra(const AfraIndex& index, std::vector<std::uint8_t>& bytes) {
+    serialisePart(index, true, 0, index.globalEntries.size(), bytes);
 }
 
 void writeAfra(std::ostream& stream, const AfraIndex& index) {

@@ -16,26 +16,39 @@ void IndexFile::writeIndexFile(const kzs::AfraIndex& index, std::uint32_t segmen
     // On purpose: before the file is opened. Each file holds the whole list so far, whatever
     // segment it is for. Pinned by
     // IndexFileTest.NumbersThatAreNotConsecutiveFailBeforeTheFileIsTouched.
-    if (const auto numbers = index.firstBreak()) {
-        throw InvalidAfraException("last fragment: " + std::to_string(numbers->first) +
-                                   " current fragment: " + std::to_string(numbers->second));
-    }
-    kzs::serialiseAfra(index, bytes_);
+    check(index);
+    const kzs::AfraPieces pieces(index);
     // A file that this object made and that doesn't shrink is written over where it stands: file
     // systems bring an exchanged one to the disk at once, which takes longer than all the rest.
-    if (segment == writtenSegment_ && bytes_.size() >= writtenBytes_) {
+    if (segment == writtenSegment_ && pieces.totalSize() >= writtenBytes_) {
         if (!file_) file_.emplace(pathOf(segment), OutputFile::Former::isOverwritten);
-        // The box says how long it is and how many entries it has: after a kill in between it
-        // tells of the entries that were there before.
-        file_->overwrite(bytes_, writtenBytes_);
+        writePieces(*file_, pieces, writtenBytes_);
     } else {
         close();
         OutputFile file(pathOf(segment), OutputFile::Former::isReplaced);
-        file.write(bytes_);
+        writePieces(file, pieces, 0);
         file.close();
     }
     writtenSegment_ = segment;
-    writtenBytes_ = bytes_.size();
+    writtenBytes_ = pieces.totalSize();
+}
+
+void IndexFile::check(const kzs::AfraIndex& index) {
+    if (const auto numbers = index.firstBreak(checkedEntries_)) {
+        throw InvalidAfraException("last fragment: " + std::to_string(numbers->first) +
+                                   " current fragment: " + std::to_string(numbers->second));
+    }
+    checkedEntries_ = index.globalEntries.size();
+}
+
+/// The box says in front how long it is and how many entries it has, so the front comes last: after
+/// a kill in between it tells of the entries that were there before.
+void IndexFile::writePieces(OutputFile& file, const kzs::AfraPieces& pieces,
+                            std::size_t formerSize) {
+    for (std::size_t piece = pieces.count(); piece-- > 0;) {
+        pieces.serialise(piece, piece_);
+        file.overwrite(pieces.offsetOf(piece), piece_, formerSize);
+    }
 }
 
 void IndexFile::close() {

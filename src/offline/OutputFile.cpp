@@ -1,5 +1,6 @@
 #include "offline/OutputFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
@@ -81,9 +82,11 @@ void OutputFile::write(const void* data, std::size_t size) {
              });
 }
 
-void OutputFile::overwrite(const std::vector<std::uint8_t>& bytes, std::size_t formerSize) {
-    writeAt(formerSize, bytes.data() + formerSize, bytes.size() - formerSize);
-    writeAt(0, bytes.data(), formerSize);
+void OutputFile::overwrite(std::size_t offset, const std::vector<std::uint8_t>& bytes,
+                           std::size_t formerSize) {
+    const std::size_t former = std::clamp(formerSize, offset, offset + bytes.size()) - offset;
+    writeAt(offset + former, bytes.data() + former, bytes.size() - former);
+    writeAt(offset, bytes.data(), former);
 }
 
 void OutputFile::writeAt(std::size_t offset, const std::uint8_t* data, std::size_t size) {

@@ -35,9 +35,11 @@ public:
     void write(const void* data, std::size_t size);
     void write(const std::vector<std::uint8_t>& bytes) { write(bytes.data(), bytes.size()); }
     void write(const std::string& text) { write(text.data(), text.size()); }
-    /// Writes from the start over a file of `formerSize` bytes, at most as many as `bytes` has.
-    /// What lies beyond them is written first: a beginning that tells of it comes later.
-    void overwrite(const std::vector<std::uint8_t>& bytes, std::size_t formerSize);
+    /// Writes `bytes` at `offset`, over a file of `formerSize` bytes. What lies beyond those is
+    /// written first: a beginning that tells of it comes later. For the same reason the pieces of
+    /// a file that is written in several are to come last one first.
+    void overwrite(std::size_t offset, const std::vector<std::uint8_t>& bytes,
+                   std::size_t formerSize);
     void close();
 
 private:

@@ -194,6 +194,63 @@ TEST(AfraWriterTest, FailsAsTheStreamDoesAndRestoresItsSetting) {
     EXPECT_EQ(stream.exceptions(), std::ios::goodbit);
 }
 
+/// Entries of 32 bytes behind a front of 25, with values that are all different.
+AfraIndex indexOf(std::uint32_t count) {
+    AfraIndex index;
+    for (std::uint32_t n = 1; n <= count; ++n) {
+        index.globalEntries.push_back(globalEntry(n * 500, 1 + n / 1000, n, n * 9001));
+    }
+    return index;
+}
+
+/// The size of each piece; expects that together they are the box.
+std::vector<std::size_t> piecesOf(const AfraIndex& index) {
+    const AfraPieces pieces(index);
+    std::vector<std::size_t> sizes;
+    std::vector<std::uint8_t> bytes(1000, 0xEE);
+    Bytes all;
+    for (std::size_t piece = 0; piece < pieces.count(); ++piece) {
+        EXPECT_EQ(pieces.offsetOf(piece), all.size());
+        pieces.serialise(piece, bytes);
+        sizes.push_back(bytes.size());
+        all += bytesOf(bytes.data(), bytes.size());
+    }
+    EXPECT_EQ(pieces.totalSize(), all.size());
+    serialiseAfra(index, bytes);
+    EXPECT_EQ(difference(all, bytesOf(bytes.data(), bytes.size())), "");
+    return sizes;
+}
+
+TEST(AfraPiecesTest, AShortIndexIsOnePiece) {
+    using Sizes = std::vector<std::size_t>;
+    EXPECT_EQ(piecesOf(AfraIndex()), Sizes{21});
+    EXPECT_EQ(piecesOf(twoOfEach()), Sizes{105});
+    EXPECT_EQ(piecesOf(indexOf(8191)), Sizes{262137});
+}
+
+TEST(AfraPiecesTest, ALongIndexIsCutBetweenEntries) {
+    using Sizes = std::vector<std::size_t>;
+    EXPECT_EQ(piecesOf(indexOf(8192)), (Sizes{262137, 32}));
+    EXPECT_EQ(piecesOf(indexOf(8191 + 8192)), (Sizes{262137, 262144}));
+    EXPECT_EQ(piecesOf(indexOf(8191 + 2 * 8192 + 2)), (Sizes{262137, 262144, 262144, 64}));
+}
+
+TEST(AfraPiecesTest, PiecesFollowTheWidths) {
+    AfraIndex index = indexOf(20000);
+    index.longIds = false;
+    index.longOffsets = false;
+    index.globalEntries[19999].segment = 0x10002;
+    // 20 bytes an entry: 13105 behind the front of 25.
+    EXPECT_EQ(piecesOf(index), (std::vector<std::size_t>{262125, 20 * (20000 - 13105)}));
+}
+
+TEST(AfraPiecesTest, LocalEntriesAreAllInTheFirstPiece) {
+    AfraIndex index = indexOf(2);
+    index.localEntries.resize(20000);
+    index.localEntries.back().offset = 7;
+    EXPECT_EQ(piecesOf(index), (std::vector<std::size_t>{21 + 16 * 20000 + 4, 64}));
+}
+
 TEST(AfraReaderTest, ReadsTheLongForm) { EXPECT_TRUE(readFrom(longForm()) == twoOfEach()); }
 
 TEST(AfraReaderTest, ReadsTheShortFormWithItsCutValues) {

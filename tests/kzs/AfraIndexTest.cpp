@@ -84,6 +84,26 @@ TEST(AfraIndexTest, ReportsTheFirstNeighboursThatAreNotConsecutive) {
     EXPECT_EQ(index.firstBreak(), std::make_pair(7U, 6U));
 }
 
+TEST(AfraIndexTest, LooksForABreakBehindTheLastEntryThatIsKnown) {
+    AfraIndex index;
+    index.globalEntries = {entryOf(1, 0, 0), entryOf(2, 0, 0), entryOf(9, 0, 0), entryOf(10, 0, 0)};
+    for (const std::size_t checked : {0U, 1U, 2U}) {
+        EXPECT_EQ(index.firstBreak(checked), std::make_pair(2U, 9U)) << checked;
+    }
+    for (const std::size_t checked : {3U, 4U, 5U}) EXPECT_FALSE(index.firstBreak(checked));
+}
+
+// Whoever holds one entry may go on to use it while others are added.
+TEST(AfraIndexTest, AddingEntriesMovesNone) {
+    AfraIndex index;
+    index.globalEntries.push_back(entryOf(1, 0, 44));
+    const AfraEntry* const first = &index.globalEntries.front();
+    index.fillMissingFragments(100'000, 1);
+    EXPECT_EQ(&index.globalEntries.front(), first);
+    EXPECT_EQ(index.globalEntries.back().fragment, 99'999U);
+    EXPECT_FALSE(index.firstBreak());
+}
+
 TEST(AfraIndexPropertyTest, IsTheDenseListOfTheNumbersItWasGiven) {
     for (unsigned seed = 1; seed <= 200; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));

@@ -231,6 +231,18 @@ TEST_F(FragmentRecorderTest, TheEndOfASpanWritesTheKeptFragment) {
     EXPECT_TRUE(recorder.pending().empty());
 }
 
+// The gap that the span's end fills is longer than a piece of the index file.
+TEST_F(FragmentRecorderTest, TheOffsetOfTheKeptFragmentIsInAFileOfSeveralPieces) {
+    handle(FragmentEventKind::Complete, 1, 0, 4000, 4000);
+    handle(FragmentEventKind::SpanStart, 2, 4000, 8000, 8000);
+    handle(FragmentEventKind::SpanEnd, 20000, 8000, 12500, 12500);
+    const auto rows = kz::test::readAfraBox(kz::test::readFile(output.folder / "bSeg1.kzx")).global;
+    ASSERT_EQ(rows.size(), 20000U);
+    EXPECT_EQ(rows[0].afraOffset, 1000U);
+    EXPECT_EQ(rows[1].afraOffset, 2000U);
+    EXPECT_EQ(rows[19999].afraOffset, kzs::kNoFragmentData);
+}
+
 TEST_F(FragmentRecorderTest, OfTwoEntriesOfTheKeptNumberTheFirstGetsTheOffset) {
     handle(FragmentEventKind::SpanStart, 1, 0, 4000, 8000);
     EXPECT_THROW(handle(FragmentEventKind::SpanEnd, 1, 4000, 9000, 9000), InvalidAfraException);

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "offline/OutputFile.h"
+#include "offline/WatchedWrites.h"
 #include "support/TempDir.h"
 
 namespace {
@@ -114,9 +115,36 @@ TEST(OutputFileTest, OverwritesFromTheStartAndGrows) {
     const TempDir folder;
     const std::string path = folder.write("file", text("abc"));
     OutputFile file(path, OutputFile::Former::isOverwritten);
-    file.overwrite(text("12345"), 3);
+    file.overwrite(0, text("12345"), 3);
     file.close();
     EXPECT_EQ(kz::test::readFile(path), text("12345"));
+}
+
+TEST(OutputFileTest, WhatGrowsIsWrittenBeforeWhatWasThere) {
+    const TempDir folder;
+    const std::string path = folder.write("file", text("abc"));
+    OutputFile file(path, OutputFile::Former::isOverwritten);
+    kz::test::WatchedWrites writes("/file");
+    file.overwrite(0, text("12345"), 3);
+    EXPECT_EQ(writes.take(), "3+2 0+3 ");
+    file.overwrite(0, text("abcde"), 5);
+    EXPECT_EQ(writes.take(), "0+5 ");
+}
+
+// A piece may lie behind what was there, over its end, or inside.
+TEST(OutputFileTest, OverwritesWithPiecesAtTheirOffsets) {
+    const TempDir folder;
+    const std::string path = folder.write("file", text("abcde"));
+    OutputFile file(path, OutputFile::Former::isOverwritten);
+    kz::test::WatchedWrites writes("/file");
+    file.overwrite(6, text("789"), 5);
+    file.overwrite(3, text("456"), 5);
+    file.overwrite(0, text("123"), 5);
+    EXPECT_EQ(writes.take(), "6+3 5+1 3+2 0+3 ");
+    file.overwrite(9, text("xyz"), 9);
+    EXPECT_EQ(writes.take(), "9+3 ");
+    file.close();
+    EXPECT_EQ(kz::test::readFile(path), text("123456789xyz"));
 }
 
 TEST(OutputFileTest, AWriteThatTakesNothingIsAFailureAndNoEndlessLoop) {
