@@ -55,7 +55,7 @@ void BootstrapBuilder::addFragment(std::uint32_t segment, std::uint32_t fragment
     const std::uint32_t roundedDuration = rounded(duration);
     const FragmentRunEntry entry{fragment, start, roundedDuration, 0};
     if (lastDuration_ == roundedDuration && !hasDrifted(start.value)) {
-        fragmentsOf(fullBootstrap_).push_back(entry);
+        fullFragments_.append(entry);
         // On purpose: on from the expected time, not from the real one, so that many small
         // errors add up to a drift. Pinned by BootstrapBuilderTest.AddsUpSmallErrorsToADrift.
         expectedTime_ += roundedDuration;
@@ -91,6 +91,12 @@ void BootstrapBuilder::markEnd() {
     fragmentsOf(bootstrap_).push_back({0, milliseconds(0), 0, kEndOfPresentation});
 }
 
+BootstrapInfo BootstrapBuilder::fullBootstrap() const {
+    BootstrapInfo full = fullBootstrap_;
+    fragmentsOf(full) = fullFragments_.entries();
+    return full;
+}
+
 std::uint32_t BootstrapBuilder::rounded(std::uint64_t duration) const {
     const double exact = static_cast<double>(duration);
     const double quotient = low32(truncated(exact / durationPrecision_));
@@ -119,7 +125,7 @@ bool BootstrapBuilder::endsWithIndicator(std::uint32_t indicator) const {
 
 void BootstrapBuilder::append(const FragmentRunEntry& entry) {
     fragmentsOf(bootstrap_).push_back(entry);
-    fragmentsOf(fullBootstrap_).push_back(entry);
+    fullFragments_.append(entry);
     ++bootstrap_.version;
     fullBootstrap_.version = bootstrap_.version;
 }

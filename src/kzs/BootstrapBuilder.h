@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "kzs/BootstrapInfo.h"
+#include "kzs/FragmentList.h"
 
 namespace torvo::kzs {
 
@@ -32,8 +33,9 @@ public:
     /// describe the presentation as a whole, not the tables.
     BootstrapInfo& bootstrap() { return bootstrap_; }
     const BootstrapInfo& bootstrap() const { return bootstrap_; }
-    /// The same with one entry for every fragment; no end mark. Nothing writes it.
-    const BootstrapInfo& fullBootstrap() const { return fullBootstrap_; }
+    /// The same with one entry for every fragment; no end mark. Nothing writes it, so the entries
+    /// are kept in little memory and made anew at each call.
+    BootstrapInfo fullBootstrap() const;
 
     double durationPrecision() const { return durationPrecision_; }
     double frameDuration() const { return frameDuration_; }
@@ -55,7 +57,8 @@ private:
     double frameDuration_;
     std::uint32_t allowedDrift_;
     BootstrapInfo bootstrap_;
-    BootstrapInfo fullBootstrap_;
+    BootstrapInfo fullBootstrap_;  // its fragment table is empty:
+    FragmentList fullFragments_;   // these are its entries
     std::uint32_t lastSegment_ = kNothingYet;
     std::uint32_t lastFragment_ = kNothingYet;
     std::uint32_t lastDuration_ = kNothingYet;

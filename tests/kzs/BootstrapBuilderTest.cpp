@@ -50,7 +50,8 @@ std::uint32_t roundedBy(double precision, std::uint64_t duration) {
 
 TEST(BootstrapBuilderTest, StartsWithOneEmptyTableOfEachKind) {
     const BootstrapBuilder builder;
-    for (const BootstrapInfo* info : {&builder.bootstrap(), &builder.fullBootstrap()}) {
+    const BootstrapInfo full = builder.fullBootstrap();
+    for (const BootstrapInfo* info : {&builder.bootstrap(), &full}) {
         EXPECT_EQ(info->version, 0U);
         ASSERT_EQ(info->segmentRunTables.size(), 1U);
         EXPECT_TRUE(info->segmentRunTables[0] == SegmentRunTable());

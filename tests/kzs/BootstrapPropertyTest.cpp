@@ -167,7 +167,8 @@ TEST(BootstrapPropertyTest, TheFullTableHasEveryFragmentWithItsRealTime) {
         kz::test::Random random(seed);
         const RandomRun run = randomRun(random, 100, 1000);
         std::map<std::uint32_t, std::uint64_t> times;
-        for (const FragmentRunEntry& e : run.builder.fullBootstrap().fragmentRunTables[0].entries) {
+        const BootstrapInfo full = run.builder.fullBootstrap();
+        for (const FragmentRunEntry& e : full.fragmentRunTables[0].entries) {
             if (e.fragmentDuration != 0) times[e.firstFragment] = e.firstFragmentTimestamp.value;
         }
         std::map<std::uint32_t, std::uint64_t> expected;
