@@ -194,8 +194,12 @@ TEST_F(RegistrationTest, ACredentialWhosePartsAskForHoursOfWorkIsUnreadable) {
               HLX_ERROR_CREDENTIAL_UNREADABLE);
     EXPECT_EQ(resultFor([](PfxSpec& pfx) { pfx.claimedCertificateRounds = kLong; }),
               HLX_ERROR_CREDENTIAL_UNREADABLE);
-    EXPECT_EQ(resultFor([](PfxSpec& pfx) { pfx.claimScrypt = true; }),
+    EXPECT_EQ(resultFor([](PfxSpec& pfx) {
+                  pfx.claimedKeyRounds = kLong;
+                  pfx.nestedKeys = 1;
+              }),
               HLX_ERROR_CREDENTIAL_UNREADABLE);
+    EXPECT_EQ(resultFor([](PfxSpec& pfx) { pfx.nestedKeys = 1; }), HLX_OK);
     // Not to be seen before the part around it is decrypted.
     EXPECT_EQ(resultFor([](PfxSpec& pfx) {
                   pfx.claimedKeyRounds = kLong;

@@ -128,20 +128,33 @@ void claimRounds(X509_ALGOR* algorithm, long rounds) {
     PBE2PARAM_free(scheme);
 }
 
-/// 2 times 65536 times 32768 blocks, in 25 MB.
-void claimScrypt(X509_ALGOR* algorithm) {
-    unsigned char salt[8] = {};
-    X509_ALGOR* other = must(
-        PKCS5_pbe2_set_scrypt(EVP_aes_256_cbc(), salt, sizeof(salt), nullptr, 65536, 2, 32768));
-    must(X509_ALGOR_copy(algorithm, other));
-    X509_ALGOR_free(other);
-}
-
 void claimForKey(PKCS12_SAFEBAG* bag, const PfxSpec& spec) {
     X509_ALGOR* algorithm = nullptr;
     X509_SIG_getm(const_cast<X509_SIG*>(PKCS12_SAFEBAG_get0_pkcs8(bag)), &algorithm, nullptr);
     if (spec.claimedKeyRounds != 0) claimRounds(algorithm, spec.claimedKeyRounds);
-    if (spec.claimScrypt) claimScrypt(algorithm);
+    if (spec.claimedKeyAlgorithm.empty()) return;
+    const unsigned char* at = spec.claimedKeyAlgorithm.data();
+    X509_ALGOR* other =
+        must(d2i_X509_ALGOR(nullptr, &at, static_cast<long>(spec.claimedKeyAlgorithm.size())));
+    must(X509_ALGOR_copy(algorithm, other));
+    X509_ALGOR_free(other);
+}
+
+/// A bag that holds `count` copies of the bag.
+PKCS12_SAFEBAG* bagOf(const PKCS12_SAFEBAG* bag, unsigned count) {
+    const Bytes one = derOf<const PKCS12_SAFEBAG>(i2d_PKCS12_SAFEBAG, bag);
+    Bytes copies;
+    for (unsigned i = 0; i < count; ++i) copies = copies + one;
+    const Bytes whole = der(0x30, hex("060b 2a864886f70d010c0a0106"), der(0xA0, der(0x30, copies)));
+    const unsigned char* at = whole.data();
+    return must(d2i_PKCS12_SAFEBAG(nullptr, &at, static_cast<long>(whole.size())));
+}
+
+/// Puts a bag with copies of the only bag in its place.
+void nest(STACK_OF(PKCS12_SAFEBAG) * bags, unsigned count) {
+    PKCS12_SAFEBAG* const bare = sk_PKCS12_SAFEBAG_value(bags, 0);
+    must(sk_PKCS12_SAFEBAG_set(bags, 0, bagOf(bare, count)));
+    PKCS12_SAFEBAG_free(bare);
 }
 
 int cipherNid(PfxCipher cipher) {
@@ -209,6 +222,7 @@ Bytes makePfx(const TestKey& key, const Bytes& certificate, const PfxSpec& spec)
         must(PKCS12_add_key_ex(&keyBags, key.get(), 0, PKCS12_DEFAULT_ITER, nid, password, context,
                                nullptr));
         claimForKey(sk_PKCS12_SAFEBAG_value(keyBags, 0), spec);
+        if (spec.nestedKeys > 0) nest(keyBags, spec.nestedKeys);
         must(spec.keyInEncryptedPart ? PKCS12_add_safe_ex(&safes, keyBags, nid, PKCS12_DEFAULT_ITER,
                                                           password, context, nullptr)
                                      : PKCS12_add_safe(&safes, keyBags, -1, 0, nullptr));

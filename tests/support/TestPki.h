@@ -44,12 +44,23 @@ struct PfxSpec {
     /// What the parts say of themselves, whatever was done; 0: the truth.
     long claimedKeyRounds = 0;
     long claimedCertificateRounds = 0;
-    bool claimScrypt = false;  ///< the key is said to take hours of it
-    std::vector<Bytes> chain;  ///< certificates that stand behind the first
+    Bytes claimedKeyAlgorithm;  ///< in DER; the key says that it is encrypted like that
+    unsigned nestedKeys = 0;    ///< so many copies of the key, in a bag inside of its part; 0: bare
+    std::vector<Bytes> chain;   ///< certificates that stand behind the first
 };
 
 /// A PFX of the key and `certificate`, which need not belong together.
 Bytes makePfx(const TestKey& key, const Bytes& certificate, const PfxSpec& spec = {});
+
+/// A value in DER with a tag of one byte and the joined parts as its content, of 64 KB at most.
+template <typename... Parts>
+Bytes der(unsigned tag, const Parts&... parts) {
+    const Bytes content = (Bytes() + ... + parts);
+    const Bytes size = content.size() < 0x80
+                           ? u8(content.size())
+                           : u8(0x82) + u16(static_cast<unsigned>(content.size()));
+    return u8(tag) + size + content;
+}
 
 /// The private key in PKCS#8 DER.
 Bytes privateKeyBytes(const TestKey& key);
