@@ -102,6 +102,31 @@ TEST(ConfigReaderTest, DropsAPieceOfOnlyWhiteSpaceBetweenTwoOthers) {
     EXPECT_EQ(root.child("s")->child("c")->text(), "a b");
 }
 
+// Expat's buffers for all of these begin small and are moved as they grow.
+TEST(ConfigReaderTest, KeepsLongNamesAndManyAttributes) {
+    const std::string name(5000, 'n');
+    const std::string value(5000, 'v');
+    std::string xml = "<" + name;
+    for (int i = 0; i < 100; ++i) {
+        const std::string number = std::to_string(i);
+        xml += " a" + number + "=\"" + number + value + "\"";
+    }
+    xml += "><" + name + "2>text</" + name + "2></" + name + ">";
+    ConfigNode root;
+    parse(root, xml);
+    ASSERT_NE(root.child(name), nullptr);
+    const ConfigNode& node = *root.child(name);
+    ASSERT_EQ(node.attributes.size(), 100U);
+    for (int i = 0; i < 100; ++i) {
+        const ConfigNode& attribute = *node.attributes[static_cast<std::size_t>(i)];
+        EXPECT_EQ(attribute.name, "a" + std::to_string(i));
+        EXPECT_EQ(attribute.text(), std::to_string(i) + value);
+    }
+    ASSERT_EQ(node.children.size(), 1U);
+    EXPECT_EQ(node.children[0]->name, name + "2");
+    EXPECT_EQ(node.children[0]->text(), "text");
+}
+
 TEST(ConfigReaderTest, ResolvesEntities) {
     ConfigNode root;
     parse(root, "<a>R&amp;D &lt;x&gt; &#xe9;</a>");
