@@ -153,13 +153,11 @@ void parseOptions(OptionMap& options, const std::vector<std::string>& arguments,
 }
 
 void checkProtectionOptions(const OptionMap& options) {
-    constexpr std::size_t kAll = std::size(kProtectionOptions);
-    const bool isUpdate = flagOf(options, "update-drm-info");
-    std::size_t given = 0;
+    bool areAllNeeded = flagOf(options, "update-drm-info");
     for (const ProtectionOption& option : kProtectionOptions) {
         if (!textOf(options, option.key).empty()) {
-            ++given;
-        } else if ((isUpdate || given > 0) && given < kAll) {
+            areAllNeeded = true;
+        } else if (areAllNeeded) {
             requireAllProtectionOptions(options);
         }
     }

@@ -119,6 +119,12 @@ TEST(FragmentTimingTest, TheCountOfFramesIsA32BitProduct) {
     EXPECT_EQ(timing.fragmentDuration, 32000U);
 }
 
+TEST(FragmentTimingTest, ACountThatIsNoNumberIsMissing) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_EQ(failureWith({{"frame-rate", 25.0}, {"frames-per-keyframe-interval", nan}}),
+              "no value specified for frames-per-keyframe-interval");
+}
+
 TEST(FragmentTimingTest, CountsBeyond32BitsKeepTheirLowBits) {
     const auto durationFor = [](double frames) {
         return timingWith({{"frame-rate", 1000.0}, {"frames-per-keyframe-interval", frames}})

@@ -1,4 +1,6 @@
 #include <filesystem>
+#include <ios>
+#include <string>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -6,6 +8,7 @@
 
 #include "offline/OutputFile.h"
 #include "offline/WatchedWrites.h"
+#include "support/OrdinaryUser.h"
 #include "support/TempDir.h"
 
 namespace {
@@ -153,6 +156,35 @@ TEST(OutputFileTest, AWriteThatTakesNothingIsAFailureAndNoEndlessLoop) {
     takesNothing = true;
     EXPECT_THROW(file.write(std::string("text")), std::ios_base::failure);
     takesNothing = false;
+}
+
+TEST(OutputFileTest, AFileThatCantTakeItsPlaceIsAFailureAndLeavesNothing) {
+    const TempDir folder;
+    const std::string path = folder / "file";
+    {
+        OutputFile file(path, OutputFile::Former::isReplaced);
+        file.write(std::string("text"));
+        std::filesystem::create_directory(path);
+        EXPECT_THROW(file.close(), std::ios_base::failure);
+    }
+    EXPECT_FALSE(kz::test::fileExists(path + ".part"));
+    EXPECT_TRUE(std::filesystem::is_directory(path));
+}
+
+TEST(OutputFileTest, WhatCantBeReplacedInAReadOnlyFolderIsWrittenDirectly) {
+    namespace fs = std::filesystem;
+    const TempDir folder;
+    fs::permissions(folder.write("file", text("old and longer")), fs::perms::all);
+    constexpr auto kReadOnly = static_cast<fs::perms>(0555);
+    fs::permissions(folder.path(), kReadOnly);
+    {
+        const kz::test::OrdinaryUser user;
+        OutputFile file(folder / "file", OutputFile::Former::isReplaced);
+        file.write(std::string("new"));
+        file.close();
+    }
+    fs::permissions(folder.path(), fs::perms::owner_all);
+    EXPECT_EQ(kz::test::readFile(folder / "file"), text("new"));
 }
 
 TEST(OutputFileTest, AFolderInItsPlaceIsAFailure) {

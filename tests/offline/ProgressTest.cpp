@@ -30,6 +30,14 @@ TEST(ProgressTest, LeavesOutWhatItCanNotKnowWithoutADuration) {
               "1000000 bytes read, 1.0 s, fragments: 0, segments: 0, 1.0 MB/s");
 }
 
+TEST(ProgressTest, TellsNoTimeThatIsLeftBeforeTheFirstSample) {
+    Progress progress;
+    progress.wholeSeconds = 60.0;
+    progress.elapsedSeconds = 1.0;
+    EXPECT_EQ(progressLine(progress),
+              "0 bytes read, 0.0 s of 60.0 s, fragments: 0, segments: 0, 0.0 MB/s");
+}
+
 TEST(ProgressTest, NothingIsLeftBehindTheEnd) {
     Progress progress;
     progress.mediaSeconds = 61.0;
