@@ -80,6 +80,15 @@ TEST_F(ManifestDrmTest, AddsATextWhereTheUpdatedHeaderHasNone) {
     EXPECT_EQ(countOf("\t>\n\t\tBwgJ\n\t</drmAdditionalHeader>", committed(*manifest)), 1U);
 }
 
+TEST_F(ManifestDrmTest, UpdatesTheFirstTextBehindOtherContent) {
+    const auto manifest = loadRootOf(header("d", "", "<note/>AQID") + media("s", "d"));
+    manifest->updateDRMMetadata({7, 8, 9}, "");
+    const std::string text = committed(*manifest);
+    EXPECT_EQ(countOf("<note", text), 1U);
+    EXPECT_EQ(countOf("BwgJ", text), 1U);
+    EXPECT_EQ(countOf("AQID", text), 0U);
+}
+
 TEST_F(ManifestDrmTest, UpdatesTheUrlOfAHeaderThatLiesInAFile) {
     const auto manifest = loadRootOf(header("d", "url=\"old.drmmeta\"", "") + media("s", "d"));
     manifest->updateDRMMetadata({7, 8, 9}, "new.drmmeta");

@@ -87,9 +87,21 @@ TEST(QlixFLVInterfaceTest, RefusesNullPointersAndMissingCallBacks) {
     EXPECT_EQ(QlixFLVDocIsFLV(&input, nullptr, &flag), 2U);
     EXPECT_EQ(QlixFLVDocIsFLV(&input, &memory, nullptr), 2U);
     EXPECT_EQ(QlixFLVDocOpenForRead(&input, &memory, nullptr), 2U);
-    QlixFLVInputStreamCallBacks withoutTell = input;
-    withoutTell.tell = nullptr;
-    EXPECT_EQ(QlixFLVDocOpenForRead(&withoutTell, &memory, &reader), 2U);
+    QlixFLVInputStreamCallBacks lacking[5] = {input, input, input, input, input};
+    lacking[0].addRef = nullptr;
+    lacking[1].release = nullptr;
+    lacking[2].read = nullptr;
+    lacking[3].seek = nullptr;
+    lacking[4].tell = nullptr;
+    for (const QlixFLVInputStreamCallBacks& stream : lacking) {
+        EXPECT_EQ(QlixFLVDocOpenForRead(&stream, &memory, &reader), 2U);
+    }
+    QlixFLVAllocatorCallBacks withoutAllocate = memory;
+    withoutAllocate.allocate = nullptr;
+    EXPECT_EQ(QlixFLVDocOpenForRead(&input, &withoutAllocate, &reader), 2U);
+    QlixFLVAllocatorCallBacks withoutFree = memory;
+    withoutFree.free = nullptr;
+    EXPECT_EQ(QlixFLVDocOpenForRead(&input, &withoutFree, &reader), 2U);
 
     QlixFLVTag* tag = firstTag(file);
     std::uint32_t count = 0;
@@ -233,6 +245,28 @@ TEST(QlixFLVInterfaceTest, RefusesAStreamThatClaimsToHaveReadMoreThanItWasAskedF
     QlixFLVReader* reader = nullptr;
     EXPECT_EQ(QlixFLVDocOpenForRead(&input, &memory, &reader), 5U);
     EXPECT_EQ(reader, nullptr);
+}
+
+TEST(QlixFLVInterfaceTest, RefusesAStreamThatCantTellItsSize) {
+    FlvFixture file(flvFile({mp3Frame(0, raw({1}))}));
+    const QlixFLVInputStreamCallBacks input = file.stream.callBacks();
+    const QlixFLVAllocatorCallBacks memory = file.allocator.callBacks();
+    QlixFLVInputStreamCallBacks failing = input;
+    failing.tell = [](void*, std::int64_t*) { return std::uint32_t{1}; };
+    QlixFLVInputStreamCallBacks negative = input;
+    negative.tell = [](void*, std::int64_t* position) {
+        *position = -1;
+        return std::uint32_t{0};
+    };
+    QlixFLVInputStreamCallBacks withoutEnd = input;
+    withoutEnd.seek = [](void*, std::int64_t, std::uint32_t) { return std::uint32_t{1}; };
+    for (const QlixFLVInputStreamCallBacks& stream : {failing, negative, withoutEnd}) {
+        std::int32_t isFlv = 0;
+        EXPECT_EQ(QlixFLVDocIsFLV(&stream, &memory, &isFlv), 5U);
+        QlixFLVReader* reader = nullptr;
+        EXPECT_EQ(QlixFLVDocOpenForRead(&stream, &memory, &reader), 5U);
+        EXPECT_EQ(reader, nullptr);
+    }
 }
 
 TEST(QlixFLVInterfaceTest, RefusesAStreamThatCantGoBackToItsStart) {

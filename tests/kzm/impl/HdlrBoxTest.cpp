@@ -1,3 +1,5 @@
+#include <cstddef>
+#include <string>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -40,6 +42,14 @@ TEST(HdlrBoxTest, AddsATerminatorWhenReading) {
         EXPECT_EQ(read->handler(), fourCc("soun"));
         EXPECT_EQ(read->name(), each.second);
     }
+}
+
+TEST(HdlrBoxTest, RefusesANameAboveTheLimit) {
+    constexpr std::size_t kSize = 32 + 100000001;
+    Bytes bytes = fullBox("hdlr", 0, 0, fill(20, 0)).claiming(kSize);
+    bytes.resize(kSize);
+    ReadFile file(std::move(bytes));
+    EXPECT_EQ(codeThrownBy([&] { file.read(); }), 9U);
 }
 
 TEST(HdlrBoxTest, NeedsTwentyBytes) {

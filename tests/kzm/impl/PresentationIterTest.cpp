@@ -105,5 +105,14 @@ TEST(PresentationIterTest, RunsALastEditWithoutDurationToTheEndOfTheFragments) {
     EXPECT_EQ(timesOf(OpenIso(plain, false).samples()), "");
 }
 
+TEST(PresentationIterTest, ALastPauseWithoutDurationIsNotRunToTheEnd) {
+    IsoFile file = fragmented(5, 3);
+    file.movieDuration = 0;
+    file.tracks[0].edits = {{{80, 80}, {0, -1}}};
+    const OpenIso open(file, false);
+    EXPECT_EQ(timesOf(open.samples()), "0 40 80e");
+    EXPECT_EQ(timesOf(open.samples({100, 1000}, {1000, 1000})), "");
+}
+
 }  // namespace
 }  // namespace qlix::kzm

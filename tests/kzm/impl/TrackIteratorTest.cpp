@@ -138,6 +138,18 @@ TEST(TrackIteratorTest, EndsAtADescriptionThatIsNotThere) {
     EXPECT_EQ(timesOf(OpenIso(file).samples()), "");
 }
 
+TEST(TrackIteratorTest, HasNoSampleBeyondNumbersOf32Bits) {
+    // Two rows of one sample each, which are made to claim 2^32 - 1 samples of one tick each.
+    IsoFile file = oneTrack(2);
+    file.tracks[0].samples[1].duration = 41;
+    const Bytes bytes = file.build();
+    const Bytes row = u32(0xFFFFFFFF) + u32(1);
+    const OpenIso open(bytes.patched(bytes.find("stts") + 12, row + row));
+    EXPECT_EQ(timesOf(open.samples({0, 1000}, {2, 1000})), "0k 1");
+    // Samples 2^32 + 1 and 2^32 + 2: the low halves of their numbers are those of the only two.
+    EXPECT_EQ(timesOf(open.samples({0x100000001, 1000}, {0x100000003, 1000})), "");
+}
+
 TEST(TrackIteratorTest, ThrowsTwentyWhenAskedBeyondTheEnd) {
     const OpenIso open(oneTrack(1));
     const auto iterator =

@@ -58,6 +58,7 @@ TEST(ByteSourceTest, StopsAtItsEdges) {
     EXPECT_EQ(source.seek(2, kFromCurrent), 2U);
     EXPECT_EQ(source.seek(-5, kFromCurrent), 0U);
     EXPECT_EQ(source.seek(4, kFromCurrent), 4U);
+    EXPECT_EQ(source.seek(-3, kFromCurrent), 1U);
     EXPECT_EQ(source.seek(kFar, kFromCurrent), 10U);
     EXPECT_EQ(source.seek(-kFar - 1, kFromCurrent), 0U);
     EXPECT_EQ(source.seek(-5, kFromEnd), 10U);
