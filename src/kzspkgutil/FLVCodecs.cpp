@@ -14,15 +14,15 @@ struct Codec {
 
 Codec videoCodec(std::uint32_t codecId) {
     switch (codecId) {
-        case 1:
+        case kFLVJpeg:
             return {fourCc("jpeg"), 0};
-        case 2:
+        case kFLVH263:
             return {fourCc("H263"), 1};
-        case 4:
+        case kFLVVp6:
             return {fourCc("VP6F"), 2};
-        case 5:
+        case kFLVVp6WithAlpha:
             return {fourCc("VP6A"), 2};
-        case 7:
+        case kFLVAvc:
             return {fourCc("avc1"), 5};
         // On purpose: 3 and 6, the screen codecs, have none either.
         // Pinned by FLVCodecsTest.DescribesVideoByItsCodecId.

@@ -4,6 +4,19 @@
 
 namespace torvo::kzspkgutil {
 
+/// The first body byte of a video tag: the frame type in the high half, the codec id in the low.
+constexpr std::uint32_t flvFrameTypeOf(std::uint32_t firstBodyByte) { return firstBodyByte >> 4; }
+constexpr std::uint32_t flvCodecIdOf(std::uint32_t firstBodyByte) { return firstBodyByte & 0x0F; }
+
+constexpr std::uint32_t kFLVKeyFrame = 1;  ///< a frame type; the others aren't told apart
+
+/// Codec ids of video tags.
+constexpr std::uint32_t kFLVJpeg = 1;
+constexpr std::uint32_t kFLVH263 = 2;
+constexpr std::uint32_t kFLVVp6 = 4;
+constexpr std::uint32_t kFLVVp6WithAlpha = 5;
+constexpr std::uint32_t kFLVAvc = 7;
+
 /// Sample description formats of the codec numbers in FLV tags, as four-character codes; 0 where
 /// there is none.
 ///

@@ -8,8 +8,6 @@
 namespace torvo::kzspkgutil {
 namespace {
 
-constexpr std::uint32_t kKeyFrame = 1;
-
 /// Times at or above 2^31 ms stand in the file as negative words and stay negative in 64 bits.
 Timestamp timeOf(const FLVTagInfo& info) {
     return kzs::milliseconds(static_cast<std::uint64_t>(std::int64_t{info.timestamp}));
@@ -40,7 +38,7 @@ kzs::FragmenterSample FLVSampleIterator::next() {
     // On purpose: by the frame type alone; what kind of AVC packet it is doesn't matter.
     // Pinned by FLVSampleIteratorTest.HeadersAndEndsOfSequencesCountAsKeyFrames.
     sample.isKeyFrame = info_.tagType == kVideoTag && !sample.isSkipped &&
-                        tag_.getVideoInfo().frameType == kKeyFrame;
+                        tag_.getVideoInfo().frameType == kFLVKeyFrame;
     return sample;
 }
 

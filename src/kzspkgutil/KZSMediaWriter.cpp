@@ -7,6 +7,7 @@
 
 #include "kzm/SampleDescriptor.h"
 #include "kzs/base/ByteOrder.h"
+#include "kzspkgutil/FLVCodecs.h"
 #include "kzspkgutil/HintDescription.h"
 #include "kzspkgutil/WriterFields.h"
 
@@ -30,7 +31,8 @@ bool isAtOrPast(const Timestamp& time, const Timestamp& limit) {
 
 bool isKeyFrame(const TCMessage& message) {
     return (message.getTag()[0] & kTagTypeMask) == kVideoTag &&
-           message.getTagSize() > kTagOverhead && (message.getTagBody()[0] & 0xF0) == 0x10;
+           message.getTagSize() > kTagOverhead &&
+           flvFrameTypeOf(message.getTagBody()[0]) == kFLVKeyFrame;
 }
 
 void keepBuffer(void*) {}

@@ -8,6 +8,7 @@
 #include "kzm/WriterRecords.h"
 #include "kzs/base/ByteOrder.h"
 #include "kzspkgutil/CodecConfig.h"
+#include "kzspkgutil/FLVCodecs.h"
 #include "kzspkgutil/HeaderMessages.h"
 #include "kzspkgutil/WriterFields.h"
 
@@ -20,14 +21,17 @@ using qlix::kzm::KZSWriter;
 using qlix::kzm::TrackHandle;
 
 constexpr std::uint32_t kTimescale = 1000;
-constexpr std::uint8_t kAvcCodec = 7;
 constexpr std::uint8_t kAacCode = 0xA0;
 /// The sound format whose real code is the second body byte.
 constexpr std::uint8_t kExtendedCode = 0xD0;
 // On purpose: PCM (0x00, 0x10, 0x30) is not among them, though FLV sources describe it as `.mp3`.
 // Pinned by WriteAudioCodeTest.IsTheHighNibbleOfTheFirstByte.
 constexpr std::array<std::uint8_t, 14> kWrittenAudioCodes = {
-    1, 2, 3, 4, 5, 6, 0x20, 0x40, 0x50, 0x60, 0xA0, 0xB0, 0xC0, 0xE0};
+    1,    2,    3,    4, 5, 6,  // behind the extended code: AC-3, E-AC-3 and four kinds of DTS
+    0x20, 0xE0,                 // MP3
+    0x40, 0x50, 0x60,           // Nellymoser
+    0xA0, 0xB0, 0xC0,           // AAC, Speex, Opus
+};
 
 bool isAvcFormat(std::uint32_t format) {
     return format == fourCc("H264") || format == fourCc("h264") || format == fourCc("avc1");
@@ -35,7 +39,7 @@ bool isAvcFormat(std::uint32_t format) {
 
 bool isAvcHeader(const TCMessage& message) {
     const std::uint8_t* const body = message.getTagBody();
-    return message.getTagBodySize() >= 2 && (body[0] & 0x0F) == kAvcCodec && body[1] == 0;
+    return message.getTagBodySize() >= 2 && flvCodecIdOf(body[0]) == kFLVAvc && body[1] == 0;
 }
 
 bool isAacHeader(const TCMessage& message) {
@@ -226,15 +230,15 @@ void MediaWriterCore::writeVideo(KZSWriter& writer, const TrackHandle& hintTrack
                                  const TrackHandle& videoTrack, const TCMessage& message) {
     if (message.getTagSize() <= kTagOverhead) return;
     const std::uint8_t first = message.getTagBody()[0];
-    const bool isKeyFrame = (first & 0xF0) == 0x10;
+    const bool isKeyFrame = flvFrameTypeOf(first) == kFLVKeyFrame;
     KZMSample sample = hintSampleOf(message, isKeyFrame);
-    switch (first & 0x0F) {
-        case 2:
-        case 4:
-        case 5:
+    switch (flvCodecIdOf(first)) {
+        case kFLVH263:
+        case kFLVVp6:
+        case kFLVVp6WithAlpha:
             writeHinted(writer, hintTrack, videoTrack, message, sample, isKeyFrame);
             break;
-        case kAvcCodec:
+        case kFLVAvc:
             // On purpose: the index entry is on the sequence header in front of a key frame, so
             // that a player that starts there gets it, and never on the key frame.
             // Pinned by WriteVideoTest.PutsAnAvcSequenceHeaderInTheHintTrackAndTheIndex.

@@ -3,14 +3,12 @@
 #include <cstring>
 
 #include "kzs/base/ByteOrder.h"
+#include "kzspkgutil/FLVCodecs.h"
 
 namespace torvo::kzspkgutil {
 namespace {
 
 constexpr std::uint8_t kUnitIsEncrypted = 0x80;
-constexpr unsigned kCodecBits = 0x0F;
-constexpr unsigned kVp6 = 4;
-constexpr unsigned kVp6WithAlpha = 5;
 
 /// The bytes that are put under encryption.
 struct Sample {
@@ -21,12 +19,12 @@ struct Sample {
 Sample sampleOf(const TCMessage& message) {
     Sample sample{message.getSampleData(), message.getSampleDataSize()};
     if (message.getTagBodySize() == 0) return sample;
-    const unsigned codec = message.getTagBody()[0] & kCodecBits;
+    const std::uint32_t codec = flvCodecIdOf(message.getTagBody()[0]);
     // On purpose: the second header byte of a VP6 tag is encrypted with its sample. The tag's type
     // isn't looked at, so an audio or data tag with such a first byte takes the same step.
     // Pinned by MessageEncryptorTest.SecondByteOfAVp6HeaderIsEncrypted and
     // .AudioWithSuchAFirstByteTakesTheSameStep.
-    if ((codec == kVp6 || codec == kVp6WithAlpha) && message.getSampleDataOffset() > 0) {
+    if ((codec == kFLVVp6 || codec == kFLVVp6WithAlpha) && message.getSampleDataOffset() > 0) {
         --sample.data;
         ++sample.size;
     }
