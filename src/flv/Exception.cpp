@@ -9,7 +9,7 @@ Exception::~Exception() = default;
 const char* Exception::what() const noexcept { return "flv::Exception"; }
 
 void check(std::uint32_t result) {
-    if (result != 0) throw Exception(result);
+    if (result != kQlixFLVOk) throw Exception(result);
 }
 
 }  // namespace flv

@@ -3,14 +3,16 @@
 #include <cstdint>
 #include <exception>
 
+#include "qlix_flv/qlix_flv_error.h"
+
 namespace flv {
 
 /// A failure of the FLV library, known by its code alone: the numbers of qlix_flv_error.h.
 class Exception : public std::exception {
 public:
-    static constexpr std::uint32_t kStreamFailed = 5;
-    static constexpr std::uint32_t kCorruptData = 8;
-    static constexpr std::uint32_t kNoBackward = 9;
+    static constexpr std::uint32_t kStreamFailed = kQlixFLVStreamFailed;
+    static constexpr std::uint32_t kCorruptData = kQlixFLVCorruptData;
+    static constexpr std::uint32_t kNoBackward = kQlixFLVNoBackward;
 
     explicit Exception(std::uint32_t code);
     ~Exception() override;
@@ -22,7 +24,7 @@ private:
     std::uint32_t code_;
 };
 
-/// Throws Exception for every result of the library but 0.
+/// Throws Exception for every result of the library but kQlixFLVOk.
 void check(std::uint32_t result);
 
 }  // namespace flv

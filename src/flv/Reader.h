@@ -24,7 +24,7 @@ public:
     static bool isFLV(InputStream& stream, Allocator& allocator);
 
     FLVDocInfo getDocInfo() const;
-    /// Every tag of the whole file. Backward may fail with code 9.
+    /// Every tag of the whole file. Backward may fail with kNoBackward.
     TagIterator getTags(Direction direction) const;
     /// Tags of the filter's types in the whole file, forward, in the order of their times.
     TagIterator getTagsByTagTypes(const TagFilter& filter) const;

@@ -14,7 +14,7 @@ public:
 
     /// True also where `next` has a failure to tell. Throws Exception.
     bool hasNext() const;
-    /// Throws Exception: at the end, and with code 8 where the file is damaged.
+    /// Throws Exception: at the end, and with kCorruptData where the file is damaged.
     Tag next();
 
 private:

@@ -4,10 +4,11 @@
 
 namespace torvo::kzspkgutil {
 
-/// Code 4: the encryption library made no protection metadata.
+/// kNoProtectionMetadata: the encryption library made no protection metadata.
 class DRMMetadataGenerationFailed : public KZSPkgUtilException {
 public:
-    DRMMetadataGenerationFailed() : KZSPkgUtilException(4, "DRM metadata generation failed") {}
+    DRMMetadataGenerationFailed()
+        : KZSPkgUtilException(kNoProtectionMetadata, "DRM metadata generation failed") {}
 };
 
 }  // namespace torvo::kzspkgutil

@@ -4,7 +4,8 @@
 
 namespace torvo::kzspkgutil {
 
-/// Recognises and opens FLV files. Throws flv::Exception: code 5 where a file can't be opened.
+/// Recognises and opens FLV files. Throws flv::Exception: kStreamFailed where a file
+/// can't be opened.
 class FLVMediaSourceProvider final : public IMediaSourceProvider {
 public:
     bool canOpen(const std::string& path, std::uint32_t openFlags) override;

@@ -7,7 +7,8 @@ namespace torvo::kzspkgutil {
 
 /// The audio and video tags of an FLV file as samples.
 ///
-/// Throws flv::Exception: code 8 where the file is damaged, code 5 where it can't be read.
+/// Throws flv::Exception: kCorruptData where the file is damaged, kStreamFailed where it can't be
+/// read.
 class FLVSampleIterator final : public ISampleIterator {
 public:
     /// `context` outlives this.

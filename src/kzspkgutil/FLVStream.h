@@ -10,8 +10,8 @@ namespace torvo::kzspkgutil {
 
 /// A file as a stream of the FLV library.
 ///
-/// Failures of the file become flv::Exception with code 5. A reader counts itself in and out; the
-/// file is closed when the last one is gone, or with the object.
+/// Failures of the file become flv::Exception, kStreamFailed. A reader counts itself in and out;
+/// the file is closed when the last one is gone, or with the object.
 class FLVStream final : public flv::InputStream {
 public:
     /// Opens the file. `openFlags` as for kzs::FileStream.

@@ -36,8 +36,8 @@ Timestamp sampleTimeOf(std::uint64_t ticks, std::uint32_t timescale);
 /// to getSampleDataOffset() of the block.
 ///
 /// A format without a tag form, or one that doesn't go with the handler, gives a message without
-/// body whose tag type is 0, so that nothing downstream takes it up. Throws KZSPkgUtilException
-/// with code 5 when the sample is too large for a tag.
+/// body whose tag type is 0, so that nothing downstream takes it up. Throws KZSPkgUtilException,
+/// kTagTooLarge, when the sample is too large for a tag.
 TCMessage makeTagFrame(IMemoryArena& arena, const KZMSampleFacts& sample);
 
 }  // namespace torvo::kzspkgutil

@@ -85,22 +85,23 @@ void throwBoxLibraryFailure(std::uint32_t code) {
 }
 
 void throwEncryptionLibraryFailure(std::uint32_t code) {
-    if (code == 0) throw EncryptionException("Certificate not Identified");
+    if (code == hlx::kNotIdentifiedCode) throw EncryptionException("Certificate not Identified");
     throw EncryptionException();
 }
 
 void throwFlvLibraryFailure(std::uint32_t code) {
-    if (code == 8) throw FLVLibraryException("A TCMessage has corrupt data.");
+    if (code == flv::Exception::kCorruptData)
+        throw FLVLibraryException("A TCMessage has corrupt data.");
     throw FLVLibraryException();
 }
 
-void throwPipelineFileFailure(std::uint32_t kind, const std::string& path) {
-    switch (kind) {
-        case 1:
+void throwPipelineFileFailure(std::uint32_t code, const std::string& path) {
+    switch (code) {
+        case kzspkgutil::kFileMissing:
             throw FileNotFoundException(path);
-        case 2:
+        case kzspkgutil::kFileInaccessible:
             throw CantAccessFileException(path);
-        case 3:
+        case kzspkgutil::kNoSupportedTracks:
             throw NoSupportedTracksException(path);
         default:
             throw InternalException();

@@ -31,14 +31,20 @@ void translateFailures(const std::function<void()>& step);
 ///   others                         InternalException
 [[noreturn]] void throwBoxLibraryFailure(std::uint32_t code);
 
-/// 0 means that a certificate could not be identified; the other codes aren't told apart.
+/// hlx::kNotIdentifiedCode, 0, means that a certificate could not be identified; the other codes
+/// aren't told apart.
 [[noreturn]] void throwEncryptionLibraryFailure(std::uint32_t code);
 
-/// 8 means damaged tags; the other codes aren't told apart.
+/// flv::Exception::kCorruptData means damaged tags; the other codes aren't told apart.
 [[noreturn]] void throwFlvLibraryFailure(std::uint32_t code);
 
-/// By the kind of a file failure of the pipeline: 1 the file doesn't exist, 2 it can't be
-/// accessed, 3 it has no track that can be packaged; others are InternalException.
-[[noreturn]] void throwPipelineFileFailure(std::uint32_t kind, const std::string& path);
+/// By the code of a file failure of the pipeline:
+///
+///   code                              class
+///   kzspkgutil::kFileMissing          FileNotFoundException
+///   kzspkgutil::kFileInaccessible     CantAccessFileException
+///   kzspkgutil::kNoSupportedTracks    NoSupportedTracksException
+///   others                            InternalException
+[[noreturn]] void throwPipelineFileFailure(std::uint32_t code, const std::string& path);
 
 }  // namespace torvo::offline

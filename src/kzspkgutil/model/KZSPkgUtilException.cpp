@@ -12,6 +12,7 @@ KZSPkgUtilFileException::KZSPkgUtilFileException(std::uint32_t code, const std::
     : KZSPkgUtilException(code, message), path_(std::move(path)) {}
 
 NoSupportedTracksException::NoSupportedTracksException(const std::string& path)
-    : KZSPkgUtilFileException(3, "No supported tracks in file '" + path + "'", path) {}
+    : KZSPkgUtilFileException(kNoSupportedTracks, "No supported tracks in file '" + path + "'",
+                              path) {}
 
 }  // namespace torvo::kzspkgutil

@@ -65,8 +65,8 @@ private:
 
 /// A block for a tag image whose body has `bodySize` bytes, its contents undefined.
 ///
-/// Throws KZSPkgUtilException with code 5 when the body's size doesn't fit the 24 bits that a tag
-/// has for it, and std::bad_alloc.
+/// Throws KZSPkgUtilException, kTagTooLarge, when the body's size doesn't fit the 24 bits that a
+/// tag has for it, and std::bad_alloc.
 BlockPtr allocateTag(IMemoryArena& arena, std::uint64_t bodySize);
 
 /// Writes a time in milliseconds into bytes 4 to 7 of a tag: bits 16-23, 8-15, 0-7, 24-31.
