@@ -16,18 +16,12 @@ using kzspkgutil::AudioSampleDescInfo;
 using kzspkgutil::Blob;
 using kzspkgutil::KZSSampleDescriptor;
 using kzspkgutil::KZSTrack;
-using kzspkgutil::MediaProperties;
 using kzspkgutil::VideoSampleDescInfo;
 
 constexpr std::uint32_t kBoxHeaderSize = 8;
 /// Version, profile, compatibility, level.
 constexpr std::uint32_t kProfileOffset = 1;
 constexpr std::uint32_t kLevelOffset = 3;
-
-double inSeconds(const MediaProperties& properties) {
-    const auto value = static_cast<double>(properties.duration);
-    return properties.timescale != 0 ? value / properties.timescale : value;
-}
 
 /// Null for a track without descriptions.
 const KZSSampleDescriptor* firstDescriptor(const KZSTrack& track) {
@@ -105,7 +99,7 @@ void addData(const KZSTrack& track, OnMetaDataRecord& record) {
 std::vector<std::uint8_t> buildOnMetaData(const kzspkgutil::IMediaProperties& mediaProperties,
                                           bool hasSmpte, double smpteOffset) {
     OnMetaDataRecord record;
-    record.duration = inSeconds(mediaProperties.getProperties());
+    record.duration = mediaProperties.getProperties().durationSeconds();
     record.hasSmpte = hasSmpte;
     record.smpteOffset = smpteOffset;
     for (const auto tracks = mediaProperties.getTracks(); tracks->hasNext();) {

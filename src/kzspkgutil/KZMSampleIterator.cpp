@@ -35,6 +35,15 @@ KZMDescriptionFacts factsOf(const qlix::kzm::SampleDescriptor& description) {
 
 }  // namespace
 
+FragmenterSample fragmenterSampleOf(const qlix::kzm::Sample& sample) {
+    FragmenterSample made;
+    made.trackKind = kindOf(sample.handler);
+    made.time = sampleTimeOf(sample.time, sample.timescale);
+    made.isKeyFrame = sample.frameType() == qlix::kzm::kSampleIsSync;
+    made.isSkipped = sample.frameType() == qlix::kzm::kSampleIsEmptyEdit;
+    return made;
+}
+
 KZMSampleIterator::KZMSampleIterator(IPackagerContext& context, qlix::kzm::Reader& reader,
                                      std::shared_ptr<qlix::kzm::SampleIterator> samples)
     : context_(context), reader_(reader), samples_(std::move(samples)) {}
@@ -43,12 +52,7 @@ bool KZMSampleIterator::hasNext() { return samples_->hasSample(); }
 
 FragmenterSample KZMSampleIterator::next() {
     current_ = samples_->next();
-    FragmenterSample sample;
-    sample.trackKind = kindOf(current_.handler);
-    sample.time = sampleTimeOf(current_.time, current_.timescale);
-    sample.isKeyFrame = current_.frameType() == qlix::kzm::kSampleIsSync;
-    sample.isSkipped = current_.frameType() == qlix::kzm::kSampleIsEmptyEdit;
-    return sample;
+    return fragmenterSampleOf(current_);
 }
 
 TCMessage KZMSampleIterator::currentMessage() {

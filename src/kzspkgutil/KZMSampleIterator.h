@@ -8,6 +8,10 @@
 
 namespace torvo::kzspkgutil {
 
+/// What a fragmenter is told of a sample of a KZM file: its time in whole milliseconds, its kind by
+/// the handler. A marker of a pause is skipped.
+kzs::FragmenterSample fragmenterSampleOf(const qlix::kzm::Sample& sample);
+
 /// The samples that the reader of a KZM file gives, in its order.
 class KZMSampleIterator final : public ISampleIterator {
 public:

@@ -58,10 +58,6 @@ KZSMediaWriter::KZSMediaWriter(IPackagerContext&, IKZSMediaWriterPolicy& policy,
 }
 
 qlix::kzm::WriterConfiguration KZSMediaWriter::configuration() const {
-    const double timescale = properties_.timescale;
-    double seconds = static_cast<double>(properties_.duration);
-    if (properties_.timescale != 0) seconds /= timescale;
-
     qlix::kzm::WriterConfiguration configuration;
     configuration.fragmented = true;
     configuration.creationDate = currentDate();
@@ -73,7 +69,8 @@ qlix::kzm::WriterConfiguration KZSMediaWriter::configuration() const {
     configuration.timescale = properties_.timescale;
     // On purpose: cut to 32 bits. No test can tell: all durations in the file come from its
     // samples.
-    configuration.duration = truncatedLow32(timescale * seconds + 0.5);
+    configuration.duration =
+        truncatedLow32(properties_.timescale * properties_.durationSeconds() + 0.5);
     return configuration;
 }
 
@@ -97,14 +94,12 @@ void KZSMediaWriter::addMediaTracks(const IMediaProperties& source) {
 
 void KZSMediaWriter::addHintTrack() {
     constexpr char kHandlerName[] = "Varnholt Systems Inc. Hint Handler";
-    const std::string language = videoTrack_ ? videoLanguage_ : "eng";
-
     qlix::kzm::KZMTrackInfo info;
     info.handler = fourCc("hint");
     info.timescale = 1000;
     info.creationDate = currentDate();
     info.modificationDate = info.creationDate;
-    std::copy_n(language.begin(), std::min<std::size_t>(3, language.size()), info.language);
+    setLanguage(info, videoTrack_ ? videoLanguage_ : "eng");
     info.handlerName = kHandlerName;
     info.handlerNameLength = sizeof kHandlerName;  // 35, with the terminating zero
 

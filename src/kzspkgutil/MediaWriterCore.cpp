@@ -126,8 +126,7 @@ TrackHandle MediaWriterCore::addTrack(KZSWriter& writer, const KZSTrack& track,
     info.height = track.height;
     // On purpose: for video as well. Pinned by AddTrackTest.FillsTheTrackHeader.
     info.volume = 1.0F;
-    std::copy_n(track.language.begin(), std::min<std::size_t>(3, track.language.size()),
-                info.language);
+    setLanguage(info, track.language);
     info.handlerName = kHandlerName;
     info.handlerNameLength = sizeof kHandlerName;  // 12, with the terminating zero
 

@@ -1,5 +1,7 @@
 #include "kzspkgutil/WriterFields.h"
 
+#include <algorithm>
+
 #include "kzs/base/ByteOrder.h"
 #include "kzs/base/Clock.h"
 
@@ -9,6 +11,11 @@ qlix::kzm::DateRecord currentDate() {
     constexpr std::uint64_t kSecondsFrom1904To1970 = 2082844800;
     return qlix::kzm::dateOf(static_cast<std::uint64_t>(kzs::fileTimeSeconds()) +
                              kSecondsFrom1904To1970);
+}
+
+void setLanguage(qlix::kzm::KZMTrackInfo& info, const std::string& language) {
+    constexpr std::size_t kLetterCount = 3;
+    std::copy_n(language.begin(), std::min(kLetterCount, language.size()), info.language);
 }
 
 std::uint32_t truncatedLow32(double value) {

@@ -52,12 +52,6 @@ std::unique_ptr<IMediaSource> openSource(const OptionMap& options, IPackagerCont
     throw InvalidInputFileException();
 }
 
-double durationSecondsOf(const IMediaSource& source) {
-    const kzspkgutil::MediaProperties properties = source.getProperties();
-    const auto duration = static_cast<double>(properties.duration);
-    return properties.timescale == 0 ? duration : duration / properties.timescale;
-}
-
 void writeExternalFiles(const OptionMap& options, const std::string& baseName,
                         const std::vector<std::uint8_t>& protectionHeader,
                         kzs::Rendition& rendition) {
@@ -96,7 +90,7 @@ void packageInput(const OptionMap& options, IPackagerContext& context,
 
     const std::unique_ptr<IMediaSource> source = openSource(options, context);
     if (!source->getTracks()->hasNext()) throw NoSupportedTracksException(inputPath);
-    const double durationSeconds = durationSecondsOf(*source);
+    const double durationSeconds = source->getProperties().durationSeconds();
 
     const std::unique_ptr<kzs::Manifest> manifest =
         makeManifest(options, baseName, durationSeconds);

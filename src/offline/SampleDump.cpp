@@ -17,6 +17,7 @@
 #include "kzs/AVFragmenter.h"
 #include "kzs/base/ByteOrder.h"
 #include "kzs/base/FileStream.h"
+#include "kzspkgutil/KZMSampleIterator.h"
 #include "kzspkgutil/KZMStream.h"
 #include "kzspkgutil/KZMTagBuilder.h"
 #include "offline/ErrorMapping.h"
@@ -32,21 +33,6 @@ using qlix::kzm::Reader;
 using qlix::kzm::Sample;
 
 constexpr std::uint32_t kShownBytes = 16;
-
-kzs::Timestamp timeOf(const Sample& sample) {
-    return kzspkgutil::sampleTimeOf(sample.time, sample.timescale);
-}
-
-FragmenterSample fragmenterSampleOf(const Sample& sample) {
-    FragmenterSample made;
-    made.trackKind = sample.handler == fourCc("vide")   ? FragmenterSample::kVideo
-                     : sample.handler == fourCc("soun") ? FragmenterSample::kAudio
-                                                        : FragmenterSample::kOther;
-    made.time = timeOf(sample);
-    made.isKeyFrame = sample.frameType() == qlix::kzm::kSampleIsSync;
-    made.isSkipped = sample.frameType() == qlix::kzm::kSampleIsEmptyEdit;
-    return made;
-}
 
 const char* mediaTypeOf(const Sample& sample) {
     switch (sample.handler) {
@@ -94,8 +80,10 @@ void printSamples(Reader& reader, const std::vector<Sample>& samples, std::uint3
         "in | fragment : %1%, timestamp : %2%, media-type : %3% , length : %4%, "
         "sample-type : %5%, data : %6%\n";
     for (const Sample& sample : samples) {
-        out << boost::format(kLine) % fragment % timeOf(sample).value % mediaTypeOf(sample) %
-                   sample.size % sampleTypeOf(sample) % firstBytesOf(reader, sample);
+        out << boost::format(kLine) % fragment %
+                   kzspkgutil::sampleTimeOf(sample.time, sample.timescale).value %
+                   mediaTypeOf(sample) % sample.size % sampleTypeOf(sample) %
+                   firstBytesOf(reader, sample);
     }
 }
 
@@ -107,7 +95,7 @@ void dumpAll(Reader& reader, kzs::AVFragmenter& fragmenter, std::ostream& out) {
     FragmenterSample last;
     while (samples->hasSample()) {
         Sample sample = samples->next();
-        last = fragmenterSampleOf(sample);
+        last = kzspkgutil::fragmenterSampleOf(sample);
         // On purpose: skipped samples too, and every kind of event closes.
         // Pinned by SampleDumpCliTest.EveryClosingEventEndsAPrintedFragment.
         const kzs::FragmentEvent event = fragmenter.addSample(last);

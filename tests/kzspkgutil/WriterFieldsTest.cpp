@@ -34,5 +34,17 @@ TEST(TruncatedLow32Test, IsZeroForWhatNoIntegerHolds) {
     EXPECT_EQ(truncatedLow32(HUGE_VAL), 0U);
 }
 
+TEST(SetLanguageTest, CopiesThreeLettersAtMost) {
+    const auto languageOf = [](const std::string& language) {
+        qlix::kzm::KZMTrackInfo info;
+        setLanguage(info, language);
+        return std::string(info.language, sizeof info.language);
+    };
+    EXPECT_EQ(languageOf("deu"), std::string("deu\0", 4));
+    EXPECT_EQ(languageOf("engl"), std::string("eng\0", 4));
+    EXPECT_EQ(languageOf("e"), std::string("e\0\0\0", 4));
+    EXPECT_EQ(languageOf(""), std::string("\0\0\0\0", 4));
+}
+
 }  // namespace
 }  // namespace torvo::kzspkgutil

@@ -16,6 +16,12 @@ struct MediaProperties {
     float rate = 1.0F;
     float volume = 1.0F;
     std::uint32_t timescale = 1000;  ///< ticks a second
+
+    /// The duration in seconds; its bare number where the timescale is 0.
+    double durationSeconds() const {
+        const auto ticks = static_cast<double>(duration);
+        return timescale != 0 ? ticks / timescale : ticks;
+    }
 };
 
 /// Walks tracks in their order.
