@@ -29,8 +29,8 @@ public:
     /// start of the file. `allocator` may be null and outlives the writer. Throws noTimescale.
     KZSWriter(QlixIOStream& stream, const WriterConfiguration& configuration, Allocator* allocator);
 
-    /// Adds a media track before the first fragment. `name` is what `info` names as handler name,
-    /// and may be null if that is not. Throws noTimescale, trackAddedTooLate.
+    /// Adds a media track before the first fragment. `name` and `nameLength` repeat the handler
+    /// name of `info`, which is the one that counts. Throws noTimescale, trackAddedTooLate.
     TrackHandle addTrack(const KZMTrackInfo& info, const KZMTrackParams& params, const char* name,
                          std::uint32_t nameLength,
                          std::uint32_t sampleTableCapacity = kDefaultSampleTableCapacity);
@@ -39,7 +39,7 @@ public:
     TrackHandle addHintTrack(const KZMTrackInfo& info, const KZMTrackParams& params,
                              const char* name, std::uint32_t nameLength,
                              const TrackHandle* referenced, std::uint32_t count);
-    /// Adds a description, which counts for the samples written from now on. `data` is the codec
+    /// Adds a description, which holds for the samples written from now on. `data` is the codec
     /// data; that in `description` isn't looked at. One of format `rtmp` on the hint track settles
     /// the time origin. With samples of the track in the open fragment the fragment is closed and
     /// none is open. Throws wrongHandler, descriptionTooLarge, secondRtmpDescription.

@@ -7,10 +7,9 @@
 
 namespace qlix::kzm {
 
-/// Low byte of a sample's flags; 0 for all other samples.
+/// Values of the low byte of Sample::flags; 0 for samples that are neither.
 constexpr std::uint32_t kSampleIsSync = 1;
-/// Stands for a pause of the track: no bytes, no description.
-constexpr std::uint32_t kSampleIsEmptyEdit = 2;
+constexpr std::uint32_t kSampleIsEmptyEdit = 2;  ///< a pause of the track: no bytes, no description
 
 /// One sample, as a plain record. It may outlive its iterator, not its document.
 struct Sample {

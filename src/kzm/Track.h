@@ -37,7 +37,7 @@ struct TrackRecord {
 };
 
 /// A track of a document: a cheap handle. What it gives out by reference lives as long as the
-/// document. Nothing may be asked of a default made one.
+/// document. A default-constructed one is null: nothing may be asked of it.
 class Track {
 public:
     Track() = default;

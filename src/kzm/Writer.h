@@ -27,13 +27,13 @@ public:
     /// start of the file. `allocator` may be null and outlives the writer. Throws noTimescale.
     Writer(QlixIOStream& stream, const WriterConfiguration& configuration, Allocator* allocator);
 
-    /// Adds a track before the first sample. `name` is what `info` names as handler name, and may
-    /// be null if that is not. `sampleTableCapacity` doesn't count in a fragmented file.
-    /// Throws noTimescale, trackAddedTooLate.
+    /// Adds a track before the first sample. `name` and `nameLength` repeat the handler name of
+    /// `info`, which is the one that counts. `sampleTableCapacity` doesn't count in a fragmented
+    /// file. Throws noTimescale, trackAddedTooLate.
     TrackHandle addTrack(const KZMTrackInfo& info, const KZMTrackParams& params, const char* name,
                          std::uint32_t nameLength,
                          std::uint32_t sampleTableCapacity = kDefaultSampleTableCapacity);
-    /// Adds a description, which counts for the samples written from now on. `data` is the codec
+    /// Adds a description, which holds for the samples written from now on. `data` is the codec
     /// data; that in `description` isn't looked at. Throws badArgument for a null track,
     /// wrongHandler, descriptionTooLarge, secondRtmpDescription.
     SampleDescriptionHandle addSampleDescription(const TrackHandle& track,

@@ -81,7 +81,7 @@ struct MediaPart {
     std::uint32_t size = 0;
 };
 
-/// Names a track of one writer; null when default made.
+/// Names a track of one writer; null when default-constructed.
 class TrackHandle {
 public:
     TrackHandle() = default;
@@ -95,7 +95,7 @@ private:
     std::uint32_t trackId_ = 0;
 };
 
-/// Names a sample description of one track; null when default made.
+/// Names a sample description of one track; null when default-constructed.
 class SampleDescriptionHandle {
 public:
     SampleDescriptionHandle() = default;

@@ -19,8 +19,8 @@ namespace torvo::kzspkgutil {
 /// whatever the cause.
 class KZMStream final : public qlix::kzm::QlixIOStream, public qlix::kzm::QlixGatherStream {
 public:
-    /// Parts behind this many bytes wait for the next call. For megabytes at a time systems look
-    /// for large pieces of memory that lie together, which takes longer than writing.
+    /// A call that has this many bytes takes no further part. For calls of megabytes, systems look
+    /// for large pieces of contiguous memory, which takes longer than the writing.
     static constexpr std::uint64_t kEnoughBytes = 256 * 1024;
 
     /// `openFlags` as for kzs::FileStream. Opens nothing yet.

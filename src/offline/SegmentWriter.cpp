@@ -64,7 +64,7 @@ void SegmentWriter::roll() {
     const std::string stem = outputPath_ + "/" + baseName_ + "Seg" + std::to_string(segmentNumber_);
     const std::string path = stem + ".kzs";
     refuseInput(path, inputPath_);
-    refuseInput(stem + ".kzx", inputPath_);  // written later, where it is too late
+    refuseInput(stem + ".kzx", inputPath_);  // written when it is too late to refuse
     writer_.reset();
     stream_ = boost::make_shared<KZMStream>(path, kzs::openFlagsFor(true, false));
     writer_ = boost::make_shared<KZSMediaWriter>(context_, policy_, properties_, *stream_);

@@ -36,7 +36,7 @@ void ReadAhead::copy(std::uint64_t offset, std::uint8_t* buffer, std::uint32_t c
 
 bool ReadAhead::copyFromLatest(std::uint64_t offset, std::uint8_t* buffer, std::uint32_t count) {
     if (latest_ == nullptr || count == 0) return false;
-    const std::uint64_t within = offset - latest_->index * kBlockSize;  // huge in front of it
+    const std::uint64_t within = offset - latest_->index * kBlockSize;  // wraps in front of it
     if (within >= kBlockSize || count > kBlockSize - within) return false;
     std::memcpy(buffer, latest_->bytes.data() + within, count);
     return true;

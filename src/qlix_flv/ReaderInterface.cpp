@@ -39,7 +39,8 @@ std::shared_ptr<TagSequence> forwardTags(Document& document, const TagSelection&
         document.memory(), ForwardWalk(document, selection, ReadAhead::Gap::skip));
 }
 
-/// Order of times is for the iterator by types only: opening counts tags as they stand.
+/// For the iterator by types only. The other one, by which a file is looked over when it is opened,
+/// gives tags in the order of the file.
 std::shared_ptr<TagSequence> orderedTags(Document& document, const TagSelection& selection) {
     return makeShared<TimeOrderedTags>(document.memory(), document, selection);
 }

@@ -39,8 +39,8 @@ void checkPassword(PKCS12* pfx, const SecretBytes& password) {
     fail(HLX_ERROR_CREDENTIAL_WRONG_PASSWORD);
 }
 
-/// As OpenSSL takes it for the parts: an empty password is none where the file doesn't say
-/// otherwise.
+/// The password with which PKCS12_parse decrypts the parts: null for an empty one, unless the MAC
+/// of the file was made with an empty one.
 const char* passwordOfParts(PKCS12* pfx, const SecretBytes& password) {
     const char* text = reinterpret_cast<const char*>(password.data());
     if (text[0] != '\0') return text;

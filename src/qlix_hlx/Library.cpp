@@ -19,8 +19,8 @@ bool openSslWasAsked = false;
 rlimit coreLimitBefore{};
 bool coreLimitChanged = false;
 
-// OpenSSL frees a copy of the password, as the numbers of UTF-16, when it has hashed it for the
-// check of a PFX. So it gets functions that wipe all that it frees.
+// To check a PFX, OpenSSL makes a copy of the password in UTF-16 and frees it unwiped. So it gets
+// allocation functions that wipe all that it frees.
 
 void* allocateForOpenSsl(std::size_t size, const char* /*file*/, int /*line*/) {
     return size == 0 ? nullptr : std::malloc(size);

@@ -121,7 +121,7 @@ protected:
     void insertChild(std::size_t index, BoxPtr child);
     /// Gives a child out; sizes stay.
     BoxPtr takeChild(std::size_t index);
-    /// Destroys the children that `isWanted` denies, and the room that they took; sizes stay.
+    /// Destroys the children that aren't wanted and frees their room in the list; sizes stay.
     template <class Predicate>
     void keepChildren(Predicate isWanted) {
         const auto behind = std::remove_if(children_.begin(), children_.end(),
@@ -129,7 +129,7 @@ protected:
         children_.erase(behind, children_.end());
         children_.shrink_to_fit();
     }
-    /// Destroys all children, and the room that they took; sizes stay.
+    /// Destroys all children and frees the list; sizes stay.
     void dropChildren() noexcept { BoxVector<BoxPtr>(children_.get_allocator()).swap(children_); }
     void setExtendedType(const ExtendedType& type) { header_.extendedType = type; }
 

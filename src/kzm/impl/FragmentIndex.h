@@ -14,9 +14,9 @@ class TrafBox;
 
 /// Where the fragments of each track are: what iterators would find by walking all fragments.
 ///
-/// Each fragment is looked at once, when it has been read. Reads on in the file when more is
-/// asked for than was read. Of the fragments it keeps the one whole that was read last, so that it
-/// is there for whoever made it read on; all others are whole only as long as they are entered.
+/// Each fragment is looked at once, when it has been read; the file is read on when more is asked
+/// for. The index holds the fragment that was read last, so that it is still whole for whoever
+/// asked for it. All others are whole only while they are entered.
 class FragmentIndex {
 public:
     /// A `traf` that has samples.

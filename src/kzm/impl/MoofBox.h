@@ -24,10 +24,10 @@ using MoofHold = std::unique_ptr<MoofBox, LetMoofGo>;
 ///        8    16  'mfhd'
 ///       24     .  'traf' boxes
 ///
-/// A recording has thousands of fragments, and one or two of them are in use at a time. So a box
-/// that was held and isn't any more destroys what is inside, and reads it from the file again for
-/// the next who holds it, up to eight readings: from then on it stays. Pointers to the boxes inside
-/// are good as long as one holds it; a box that nobody has held yet is whole.
+/// A recording has thousands of fragments, of which one or two are in use at a time. So a box
+/// destroys its children when the last hold on it ends, and reads them from the file again for the
+/// next one; after the eighth reading they stay. Pointers to the boxes inside are good as long as a
+/// hold lives. Until the first hold the box is whole.
 class MoofBox final : public Box {
 public:
     /// Makes the `mfhd` too.

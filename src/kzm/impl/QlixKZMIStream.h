@@ -25,8 +25,8 @@ public:
     std::uint64_t read(void* buffer, std::uint64_t count) override;
     void seek(std::uint64_t position) override;
     std::uint64_t tell() const override;
-    /// Reads past the window, which stays as it is, like the position: for bytes that nobody reads
-    /// twice. Returns fewer than `count` only at the end of the stream.
+    /// Reads without the window, for bytes that nobody reads twice; window and position stay.
+    /// Returns fewer than `count` only at the end of the stream.
     std::uint64_t readAt(std::uint64_t position, std::uint8_t* buffer, std::uint64_t count) {
         return readFrom(position, buffer, count);
     }

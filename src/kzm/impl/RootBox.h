@@ -33,7 +33,7 @@ public:
     /// and doesn't count for the ends of tracks.
     void readAgain(Box& child);
 
-    /// Decode time at which the last fragment read of a track ends, 0 for a track without one.
+    /// Decode time at which a track ends in the fragments read so far; 0 without any.
     std::uint64_t trackEnd(std::uint32_t trackId) const;
     void setTrackEnd(std::uint32_t trackId, std::uint64_t ticks);
 

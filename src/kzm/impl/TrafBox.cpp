@@ -53,7 +53,7 @@ TrafBox::Added TrafBox::addSample(const FragmentSample& sample) {
     if (previous != nullptr) {
         previous->setLastDuration(low32(sample.decodeTime - previous->lastSample().decodeTime));
     }
-    // Not by the override, which would look what kind of box it is: there is one for each sample.
+    // Not by the override, whose casts would be paid for nearly each sample: most begin a run.
     lastRun_ = run.get();
     Box::addChild(std::move(run));
     return Added::newRun;

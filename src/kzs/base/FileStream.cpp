@@ -17,7 +17,7 @@ namespace {
 // The largest count that one call can report.
 constexpr std::uint64_t kLargestCall = std::numeric_limits<ssize_t>::max();
 
-// Up to here any file system has positions; whether there are larger ones is for the system to say.
+// Every file system takes positions up to here. Whether it takes a larger one it is asked.
 constexpr std::int64_t kSurePosition = std::int64_t{1} << 40;
 
 int systemFlags(std::uint32_t openFlags) {

@@ -32,8 +32,8 @@ constexpr std::uint32_t openFlagsFor(bool writable, bool keepContent) {
 /// Calls that a signal interrupts are made again. The destructor closes.
 ///
 /// The position is kept here and handed over with each read and write, so that a seek costs no call
-/// to the system. Files without positions (pipes, terminals) and those opened to append are read
-/// and written where the system has them.
+/// to the system. Pipes and terminals, which have no positions, and files opened to append are read
+/// and written at the system's own position.
 class FileStream : public IOStream {
 public:
     /// Opens nothing yet.
@@ -50,8 +50,8 @@ public:
     /// `settle` first.
     /// Pinned by FileStreamTest.ClosesWithoutAWordWhateverTheSystemSays.
     void close() override;
-    /// Asks for what only a close tells, and stays open: file systems that write late report a
-    /// full disk or a used up quota there. Throws IOStreamException.
+    /// Reports what otherwise only closing reports, and leaves the file open: file systems that
+    /// write late find a full disk or a used up quota then. Throws IOStreamException.
     void settle() const;
     std::uint64_t read(void* buffer, std::uint64_t count) override;
     std::uint64_t seek(std::int64_t offset, int origin) override;

@@ -21,10 +21,9 @@ struct FragmentPosition {
 /// Nobody deletes a writer through this interface: it has the two virtual operations alone.
 class IMediaWriter {
 public:
-    /// Writes one fragment of the messages in front of the first one at or past `endTime`. Lets
-    /// go of each message once it was written, so that one which nobody else holds goes as soon as
-    /// it was turned into another: an encrypted fragment is not held twice. `bootstrap` is only
-    /// read during the call.
+    /// Writes one fragment of the messages in front of the first one at or past `endTime`. Each
+    /// message is let go of as soon as it is written, so that a fragment isn't in memory twice,
+    /// clear and encrypted. `bootstrap` is only read during the call.
     virtual FragmentPosition writeUpTo(MessageList&& messages, const Timestamp& endTime,
                                        const std::uint8_t* bootstrap,
                                        std::uint64_t bootstrapSize) = 0;
