@@ -8,6 +8,7 @@
 #include "kzspkgutil/FLVCodecs.h"
 #include "kzspkgutil/FLVSampleIterator.h"
 #include "kzspkgutil/FLVSurvey.h"
+#include "kzspkgutil/model/KZSTrackIterator.h"
 
 namespace torvo::kzspkgutil {
 namespace {

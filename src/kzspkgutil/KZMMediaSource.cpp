@@ -10,6 +10,7 @@
 #include "kzspkgutil/DescriptorReader.h"
 #include "kzspkgutil/KZMSampleIterator.h"
 #include "kzspkgutil/model/KZSPkgUtilException.h"
+#include "kzspkgutil/model/KZSTrackIterator.h"
 
 namespace torvo::kzspkgutil {
 namespace {

@@ -10,6 +10,7 @@
 #include "kzspkgutil/FLVCodecs.h"
 #include "kzspkgutil/HintDescription.h"
 #include "kzspkgutil/WriterFields.h"
+#include "kzspkgutil/model/KZSTrackIterator.h"
 
 namespace torvo::kzspkgutil {
 namespace {

@@ -15,8 +15,6 @@ constexpr std::uint32_t kFrma = fourCc("frma");
 constexpr std::uint32_t kSchm = fourCc("schm");
 constexpr std::uint32_t kSchi = fourCc("schi");
 constexpr std::uint32_t kAdkm = fourCc("adkm");
-constexpr std::uint32_t kVideoHandler = fourCc("vide");
-constexpr std::uint32_t kAudioHandler = fourCc("soun");
 
 constexpr std::uint32_t kSchemeVersion = 1;
 constexpr std::uint8_t kRecordVersionWithSecondText = 3;
@@ -93,12 +91,6 @@ std::uint32_t clearFormatIn(const Blob& data, const Child& sinf) {
 }
 
 }  // namespace
-
-std::uint32_t protectedFormatOf(std::uint32_t handler) {
-    if (handler == kAudioHandler) return kEncryptedAudio;
-    if (handler == kVideoHandler) return kEncryptedVideo;
-    return kEncryptedOther;
-}
 
 Blob makeProtectionBox(const ProtectionBoxContent& content) {
     const Blob aeib = fullBox(fourCc("aeib"), 1, joined({zeroTerminated("AES-CBC"), Blob{16}}));

@@ -2,6 +2,8 @@
 
 #include <boost/smart_ptr/make_shared.hpp>
 
+#include "kzspkgutil/model/KZSTrackIterator.h"
+
 namespace torvo::offline {
 
 using kzspkgutil::KZSTrack;

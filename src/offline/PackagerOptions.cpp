@@ -11,6 +11,7 @@
 #include <boost/program_options/positional_options.hpp>
 
 #include "kvl/config/ConfigNode.h"
+#include "kvl/config/ConfigReader.h"
 #include "offline/OfflineException.h"
 
 namespace torvo::offline {

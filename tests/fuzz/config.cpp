@@ -6,6 +6,7 @@
 
 #include "fuzz/FuzzTarget.h"
 #include "kvl/config/ConfigNode.h"
+#include "kvl/config/ConfigReader.h"
 #include "offline/OfflineException.h"
 #include "offline/PackagerOptions.h"
 

@@ -4,6 +4,7 @@
 #include "kzs/OnMetaDataBuilder.h"
 #include "kzs/base/ByteOrder.h"
 #include "kzspkgutil/model/IMediaProperties.h"
+#include "kzspkgutil/model/KZSTrackIterator.h"
 #include "support/AmfBuilder.h"
 
 using namespace torvo::kzspkgutil;

@@ -5,6 +5,7 @@
 #include <boost/smart_ptr/make_shared.hpp>
 
 #include "kzs/base/ByteOrder.h"
+#include "kzspkgutil/model/KZSTrackIterator.h"
 
 namespace torvo::kzspkgutil::test {
 

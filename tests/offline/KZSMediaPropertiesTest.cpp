@@ -1,6 +1,7 @@
 #include <boost/smart_ptr/make_shared.hpp>
 #include <gtest/gtest.h>
 
+#include "kzspkgutil/model/KZSTrackIterator.h"
 #include "offline/KZSMediaProperties.h"
 
 namespace torvo::offline {

@@ -10,6 +10,7 @@
 #include "kzs/base/ByteOrder.h"
 #include "kzspkgutil/KZSMediaWriterPolicy.h"
 #include "kzspkgutil/model/KZSPkgUtilException.h"
+#include "kzspkgutil/model/KZSTrackIterator.h"
 #include "offline/OfflineException.h"
 #include "offline/OptionFixture.h"
 #include "offline/PackagingRun.h"

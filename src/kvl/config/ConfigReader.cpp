@@ -1,3 +1,5 @@
+#include "kvl/config/ConfigReader.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdlib>

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
 
 #include <boost/smart_ptr/shared_ptr.hpp>
 
@@ -32,19 +31,6 @@ public:
     virtual bool hasNext() const = 0;
     /// Only to be called while hasNext().
     virtual boost::shared_ptr<KZSTrack> next() = 0;
-};
-
-/// Walks a copy of the list it is made on.
-class KZSTrackIterator final : public ITrackIterator {
-public:
-    explicit KZSTrackIterator(std::vector<boost::shared_ptr<KZSTrack>> tracks);
-
-    bool hasNext() const override;
-    boost::shared_ptr<KZSTrack> next() override;
-
-private:
-    std::vector<boost::shared_ptr<KZSTrack>> tracks_;
-    std::size_t position_ = 0;
 };
 
 /// The properties and tracks of a recording.

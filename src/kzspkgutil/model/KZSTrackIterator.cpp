@@ -1,6 +1,6 @@
-#include <utility>
+#include "kzspkgutil/model/KZSTrackIterator.h"
 
-#include "kzspkgutil/model/IMediaProperties.h"
+#include <utility>
 
 namespace torvo::kzspkgutil {
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "kvl/config/ConfigNode.h"
+#include "kvl/config/ConfigReader.h"
 #include "support/FailingInput.h"
 #include "support/TempDir.h"
 

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "kvl/config/ConfigNode.h"
+#include "kvl/config/ConfigReader.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <boost/smart_ptr/make_shared.hpp>
 #include <gtest/gtest.h>
 
-#include "kzspkgutil/model/IMediaProperties.h"
+#include "kzspkgutil/model/KZSTrackIterator.h"
 
 namespace torvo::kzspkgutil {
 namespace {
