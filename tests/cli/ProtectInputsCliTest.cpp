@@ -51,14 +51,14 @@ protected:
     }
 };
 
-TEST_F(ProtectInputsTest, MissingFiles) {
+TEST_F(ProtectInputsTest, AMissingFileIsToldByItsName) {
     const std::string missing = files.folder / "none";
     for (const char* option : kKeyFiles) {
         expectRefused(option, missing, "Error 1: " + missing + " file does not exist\n");
     }
 }
 
-TEST_F(ProtectInputsTest, Folders) {
+TEST_F(ProtectInputsTest, AFolderIsNoFile) {
     const std::string folder = files.folder.path();
     for (const char* option : kKeyFiles) {
         expectRefused(option, folder, "Error 1: Path is not a file " + folder + "\n");
@@ -66,14 +66,14 @@ TEST_F(ProtectInputsTest, Folders) {
     expectRefused("input-file", folder, "Error 1: Path is not a file " + folder + "\n");
 }
 
-TEST_F(ProtectInputsTest, UnreadableFiles) {
+TEST_F(ProtectInputsTest, AFileThatCantBeOpenedCountsAsMissing) {
     const std::string socket = work.makeSocket("socket");
     for (const char* option : kKeyFiles) {
         expectRefused(option, socket, "Error 1: " + socket + " file does not exist\n");
     }
 }
 
-TEST_F(ProtectInputsTest, EmptyFiles) {
+TEST_F(ProtectInputsTest, AnEmptyFileIsRefused) {
     expectRefused("common-key", Bytes(), kRefused);
     expectRefused("transport-cert", Bytes(), kNotIdentified);
     expectRefused("license-server-cert", Bytes(), kNotIdentified);
@@ -81,7 +81,7 @@ TEST_F(ProtectInputsTest, EmptyFiles) {
     expectRefused("policy-file", Bytes(), kRefused);
 }
 
-TEST_F(ProtectInputsTest, TruncatedFiles) {
+TEST_F(ProtectInputsTest, ATruncatedFileIsRefused) {
     const Bytes pfx = readFile(files.credential);
     for (const std::size_t left : {1U, 2U, 4U, 100U}) {
         expectRefused("transport-cert", files.transportDer.cutTo(left), kNotIdentified);
@@ -96,7 +96,7 @@ TEST_F(ProtectInputsTest, TruncatedFiles) {
     expectRefused("packager-credential", pfx.cutTo(pfx.size() - 1), kRefused);
 }
 
-TEST_F(ProtectInputsTest, FilesOfAnotherKind) {
+TEST_F(ProtectInputsTest, AFileOfAnotherKindIsRefusedWhereItsBytesHaveAForm) {
     const Bytes pfx = readFile(files.credential);
     const Bytes key = privateKeyBytes(testKey(KeyKind::p256, 1));
     const Bytes pem = text("-----BEGIN CERTIFICATE-----\n" + toBase64(files.serverDer) +
@@ -113,7 +113,7 @@ TEST_F(ProtectInputsTest, FilesOfAnotherKind) {
     expectTaken("policy-file", pfx);
 }
 
-TEST_F(ProtectInputsTest, FilesThatGoOn) {
+TEST_F(ProtectInputsTest, AFileThatGoesOnBehindItsEndOrItsLimitIsRefused) {
     for (const char* option : {"transport-cert", "license-server-cert"}) {
         expectRefused(option, files.serverDer + files.transportDer, kRefused);
         expectRefused(option, files.serverDer + u8(0), kRefused);
@@ -128,7 +128,7 @@ TEST_F(ProtectInputsTest, FilesThatGoOn) {
     expectRefused("packager-credential", large, kRefused);
 }
 
-TEST_F(ProtectInputsTest, CertificatesThatCantReceiveAKey) {
+TEST_F(ProtectInputsTest, ACertificateThatCantReceiveAKeyIsRefused) {
     for (const char* option : {"transport-cert", "license-server-cert"}) {
         expectRefused(option, makeCertificate(certificate(KeyKind::rsa1024, "keyEncipherment")),
                       kRefused);
@@ -143,7 +143,7 @@ TEST_F(ProtectInputsTest, CertificatesThatCantReceiveAKey) {
     }
 }
 
-TEST_F(ProtectInputsTest, CertificatesOutsideTheirValidity) {
+TEST_F(ProtectInputsTest, ACertificateOutsideItsValidityIsRefused) {
     CertificateSpec expired = ProtectionFiles::spec(2);
     expired.validUntilSeconds = -10;
     expectRefused("license-server-cert", makeCertificate(expired), kRefused);
@@ -156,7 +156,7 @@ TEST_F(ProtectInputsTest, CertificatesOutsideTheirValidity) {
                   kRefused);
 }
 
-TEST_F(ProtectInputsTest, CredentialsThatCantSign) {
+TEST_F(ProtectInputsTest, ACredentialThatCantSignIsRefused) {
     const TestKey key = testKey(KeyKind::p256, 3);
     const Bytes own = makeCertificate(ProtectionFiles::spec(3));
     // A key that the certificate doesn't belong to.
@@ -182,7 +182,7 @@ TEST_F(ProtectInputsTest, OldCredentialsOpen) {
     }
 }
 
-TEST_F(ProtectInputsTest, WrongTexts) {
+TEST_F(ProtectInputsTest, AWrongPasswordAndALongContentIdAreRefused) {
     for (const char* password : {"wrong", "open sesame 4711 ", "OPEN SESAME 4711"}) {
         expectRefused("credential-pwd", std::string(password), kRefused);
     }
@@ -191,7 +191,7 @@ TEST_F(ProtectInputsTest, WrongTexts) {
 
 // Clips, manifests and settings are looked into when the keys are found right; nothing but the
 // folder is there then.
-TEST_F(ProtectInputsTest, OtherFilesOfTheJob) {
+TEST_F(ProtectInputsTest, OtherFilesAreLookedIntoWhenTheKeysAreRight) {
     const std::string missing = files.folder / "none";
     const std::string empty = files.folder.write("empty", {});
     const struct {

@@ -62,7 +62,7 @@ TEST_F(ProtectSettingsTest, AGoodFileMakesTheSameFilesAsTheCommandLine) {
                     [](const Bytes& tag) { return !isSequenceHeader(tag); });
 }
 
-TEST_F(ProtectSettingsTest, MissingFilesFoldersAndEmptyNames) {
+TEST_F(ProtectSettingsTest, MissingFilesAndFoldersAreToldByTheirNames) {
     const std::string missing = files.folder / "none";
     const std::string folder = files.folder.path();
     for (const char* option : {"common-key", "transport-cert", "license-server-cert",
@@ -72,7 +72,7 @@ TEST_F(ProtectSettingsTest, MissingFilesFoldersAndEmptyNames) {
     }
 }
 
-TEST_F(ProtectSettingsTest, EmptyTruncatedAndWrongFiles) {
+TEST_F(ProtectSettingsTest, EmptyTruncatedAndWrongFilesAreRefused) {
     const std::string empty = files.folder.write("empty", Bytes());
     for (const char* option : {"common-key", "packager-credential", "policy-file"}) {
         expectRefused({{option, empty}}, kRefused);
@@ -96,12 +96,12 @@ TEST_F(ProtectSettingsTest, EmptyTruncatedAndWrongFiles) {
 }
 
 // White space is part of a text, so that a password may begin or end with it.
-TEST_F(ProtectSettingsTest, AWrongPasswordAndOneWithBlanksAroundIt) {
+TEST_F(ProtectSettingsTest, APasswordWithBlanksAroundItIsAWrongOne) {
     expectRefused({{"credential-pwd", "wrong"}}, kRefused);
     expectRefused({{"credential-pwd", " " + files.password + " "}}, kRefused);
 }
 
-TEST_F(ProtectSettingsTest, ABadLevelAndAMissingOption) {
+TEST_F(ProtectSettingsTest, ABadLevelAndAMissingOptionAreTold) {
     const std::string start = "Error 10: Not enough information given for encryption: ";
     expectRefused({{"video-encrypt-level", "3"}}, start + "invalid video-encrypt-level\n");
     expectRefused({{"credential-pwd", ""}}, start + "no packager credential password specified\n");
@@ -110,7 +110,7 @@ TEST_F(ProtectSettingsTest, ABadLevelAndAMissingOption) {
     EXPECT_EQ(runWith(xmlOf(settingsWith({{"video-encrypt-level", "high"}}))).status, 0);
 }
 
-TEST_F(ProtectSettingsTest, AFileThatIsBrokenOrNotThere) {
+TEST_F(ProtectSettingsTest, AFileThatIsBrokenOrNotThereEndsTheRun) {
     const Bytes good = xmlOf(settingsWith({}));
     expectRefused(good.cutTo(good.size() - 4), "Error 8: XML Library failed Bad XML File\n");
     expectRefused(Bytes(), "Error 8: XML Library failed Bad XML File\n");

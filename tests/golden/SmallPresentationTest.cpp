@@ -82,7 +82,7 @@ const ExpectedMediaTrack kAvcTrack{"vide", 0, 0, expectedVideoEntry("avc1", 0, 0
 const ExpectedMediaTrack kAacTrack{"soun", 0, 0, expectedAudioEntry("mp4a", 2, 16, 44000)};
 
 // Key frames at 0 and 4100, grid 4000, the last tag at 4140.
-TEST(SmallPresentationTest, AvcAndAacInTwoFragments) {
+TEST(SmallPresentationTest, AvcAndAacMakeTwoFragments) {
     const FlvTag videoHeader = avcConfig(0);
     const FlvTag audioHeader = aacConfig(0);
     const FlvTag key = avcFrame(0, true, pattern(40, 1));
@@ -159,7 +159,7 @@ TEST(SmallPresentationTest, TheManifestHoldsTheBootstrapUrlAndTheTrackRecord) {
 }
 
 // VP6 at 0, 3000, 9000 with key frames at 0 and 9000: a line is crossed twice without one.
-TEST(SmallPresentationTest, Vp6WithASpan) {
+TEST(SmallPresentationTest, ALateKeyFrameOfVp6MakesASpan) {
     const FlvTag key = vp6Frame(0, true, pattern(20, 1));
     const FlvTag second = vp6Frame(4500, false, pattern(10, 2));
     const FlvTag third = vp6Frame(8500, false, pattern(11, 3));
@@ -196,7 +196,7 @@ TEST(SmallPresentationTest, Vp6WithASpan) {
 }
 
 // MP3 every 500 ms to 4500: cut at 4000; the last tag is not written.
-TEST(SmallPresentationTest, AudioAlone) {
+TEST(SmallPresentationTest, AudioAloneHasAnIndexEntryForEachSecond) {
     std::vector<FlvTag> tags;
     for (std::uint32_t n = 0; n <= 9; ++n) tags.push_back(mp3Frame(n * 500, pattern(6 + n, n)));
     const Packaged packaged(tags);
@@ -221,7 +221,7 @@ TEST(SmallPresentationTest, AudioAlone) {
 }
 
 // Everything begins at 9200, in cell 3; the key frame behind the line of 12000 closes it.
-TEST(SmallPresentationTest, ALateStart) {
+TEST(SmallPresentationTest, ALateStartStandsBehindAnEmptyEdit) {
     const FlvTag key = h263Frame(9200, true, pattern(20, 1));
     const FlvTag sound = speexFrame(9210, pattern(9, 2));
     const FlvTag nextKey = h263Frame(12100, true, pattern(21, 3));
@@ -251,7 +251,7 @@ TEST(SmallPresentationTest, ALateStart) {
 }
 
 // Nothing between 1000 and 21000: cells 2 to 5 have no sample at all.
-TEST(SmallPresentationTest, AGapOverSeveralCells) {
+TEST(SmallPresentationTest, AGapOverSeveralCellsSkipsTheirNumbers) {
     const FlvTag key = h263Frame(0, true, pattern(20, 1));
     const FlvTag frame = h263Frame(1000, false, pattern(10, 2));
     const FlvTag nextKey = h263Frame(21000, true, pattern(21, 3));
@@ -287,7 +287,7 @@ TEST(SmallPresentationTest, AGapOverSeveralCells) {
 }
 
 // Times above 2^24 ms need the extension byte of a tag: 16777216 is 0x01000000.
-TEST(SmallPresentationTest, TimesAboveTwentyFourBits) {
+TEST(SmallPresentationTest, TimesAboveTwentyFourBitsKeepTheirHighByte) {
     const FlvTag key = h263Frame(16777216, true, pattern(20, 1));
     const FlvTag frame = h263Frame(16777316, false, pattern(10, 2));
     const FlvTag nextKey = h263Frame(16780300, true, pattern(21, 3));

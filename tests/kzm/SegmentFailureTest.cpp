@@ -339,13 +339,14 @@ TEST(SegmentFailureTest, OfAFullDiskAndAFailedCloseTheFirstIsThrown) {
 }
 
 TEST(SegmentFailureTest, AFullDiskIsSwallowedWhenTheWriterGoes) {
-    SamplePool pool;
-    {
-        SegmentDriver test;
-        const std::uint64_t start = test.writer.startFragment();
-        test.stream.capacity = start;
-        test.video(0, pattern(1000, 1), 1);
-    }
+    SegmentDriver other;
+    SegmentDriver test;
+    test.stream.capacity = test.writer.startFragment();
+    test.video(0, pattern(1000, 1), 1);
+    // With this the last handle on the writer goes.
+    EXPECT_NO_THROW(test.writer = other.writer);
+    EXPECT_EQ(test.pool.given(), 1U);
+    EXPECT_EQ(test.pool.released.size(), 1U);
 }
 
 TEST(SegmentFailureTest, AFailureAtAnyCallOfTheStreamEndsInACodeAndGivesAllBack) {

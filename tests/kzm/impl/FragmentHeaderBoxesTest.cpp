@@ -32,7 +32,7 @@ TEST(MfhdBoxTest, HoldsTheSequenceNumber) {
     )"));
 }
 
-TEST(MfhdBoxTest, ReadsBack) {
+TEST(MfhdBoxTest, ReadsTheSequenceNumber) {
     ReadFile file(fullBox("mfhd", 0, 0, u32(0x80000001)));
     const BoxPtr box = file.read();
     EXPECT_EQ(dynamic_cast<MfhdBox&>(*box).sequenceNumber(), 0x80000001U);
