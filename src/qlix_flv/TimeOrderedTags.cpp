@@ -12,14 +12,6 @@ bool goesBefore(const TagHeader& left, const TagHeader& right) {
     return left.offset < right.offset;
 }
 
-/// An AVC tag with nothing behind its codec header, such as the one that ends the sequence.
-bool hasNoPicture(const TagHeader& tag) {
-    constexpr std::uint8_t kAvc = 7;
-    constexpr std::uint32_t kAvcHeaderSize = 5;
-    return tag.type == kVideoTag && (tag.firstBodyByte & 0x0F) == kAvc &&
-           tag.bodySize == kAvcHeaderSize;
-}
-
 }  // namespace
 
 TimeOrderedTags::TimeOrderedTags(Document& document, const TagSelection& selection)
@@ -45,7 +37,6 @@ TagHeader TimeOrderedTags::next() {
         const TagHeader tag = queue.front();
         queue.pop_front();
         --held_;
-        lastMs_ = tag.timeMs;
         return tag;
     }
     if (!failure_) fail(kQlixFLVNoMoreEntries);
@@ -70,10 +61,6 @@ void TimeOrderedTags::lookAhead() {
 }
 
 void TimeOrderedTags::hold(const TagHeader& tag) {
-    // Writers put the end of the sequence behind all other tags, with the time of the last picture.
-    // Where the sound goes on for longer than the look-ahead its place is gone; nobody misses it,
-    // and a step back in time would end the run.
-    if (tag.timeMs < lastMs_ && hasNoPicture(tag)) return;
     queues_[queueOfType_[tag.type]].push_back(tag);
     ++held_;
 }

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <deque>
-#include <limits>
 #include <optional>
 #include <vector>
 
@@ -16,8 +15,7 @@ namespace qlix::flv {
 /// Recorders put audio and video slightly out of order. Tags of one type keep the order of the
 /// file; among the types the earlier time goes first, ties as in the file. A tag is given out
 /// once the next tag of every type is known, or once the look-ahead is used up: then what is
-/// further out of order is given out as it stands, or left out if it is an AVC tag without a
-/// picture. Only headers are held.
+/// further out of order is given out as it stands. Only headers are held.
 class TimeOrderedTags final : public TagSequence {
 public:
     /// Headers held at most.
@@ -43,7 +41,6 @@ private:
     std::vector<Headers, MemoryAllocator<Headers>> queues_;  ///< one for each selected type
     std::vector<std::uint8_t, Memory> queueOfType_;          ///< index into `queues_`, by type
     std::size_t held_ = 0;
-    std::int32_t lastMs_ = std::numeric_limits<std::int32_t>::min();  ///< of what was given out
     std::optional<Failure> failure_;
     bool isFailureTold_ = false;
     bool isAtEnd_ = false;

@@ -5,19 +5,6 @@ namespace {
 
 class PackageCliTest : public PackageFixture {};
 
-TEST_F(PackageCliTest, SoundMayOutlastTheVideoWhoseEndStandsBehindIt) {
-    std::vector<FlvTag> tags = {avcConfig(0), aacConfig(0), avcFrame(0, true, pattern(20, 1))};
-    for (std::uint32_t ms = 0; ms < 30000; ms += 20) tags.push_back(aacFrame(ms, pattern(9, ms)));
-    tags.push_back(avcEnd(0));
-    folder.write("clip.flv", flvFile(tags));
-    expectPackaged();
-    std::size_t sounds = 0;
-    for (const Bytes& tag : tagImages(read())) {
-        if (tag[0] == 8) ++sounds;
-    }
-    EXPECT_EQ(sounds, 1501U);
-}
-
 TEST_F(PackageCliTest, AnFlvFileBecomesASegmentAnIndexAndAManifest) {
     folder.write("clip.flv", avClip(10000, 2000));
     expectPackaged();

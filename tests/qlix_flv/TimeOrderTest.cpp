@@ -46,23 +46,6 @@ TEST(TimeOrderTest, AnEndOfSequenceTagBehindLaterAudioIsPutBeforeIt) {
     EXPECT_THAT(tags.times(), ElementsAre(0, 0, 23, 40, 46, 69, 80, 92));
 }
 
-TEST(TimeOrderTest, AnEndOfSequenceTagWhoseTimeHasPassedIsLeftOut) {
-    for (const int between : {999, 1100}) {
-        std::vector<FlvTag> tags = {video(0), video(40)};
-        for (int i = 0; i < between; ++i) tags.push_back(audio(100U + static_cast<unsigned>(i)));
-        tags.push_back(avcEnd(40));
-        const std::vector<std::int32_t> times = ordered(tags).times();
-        EXPECT_EQ(times.size(), between == 999 ? tags.size() : tags.size() - 1);
-        EXPECT_TRUE(std::is_sorted(times.begin(), times.end()));
-    }
-    // A picture is never left out.
-    std::vector<FlvTag> tags(1100, audio(100));
-    tags.push_back(video(40));
-    const std::vector<std::int32_t> times = ordered(tags).times();
-    EXPECT_EQ(times.size(), tags.size());
-    EXPECT_EQ(std::count(times.begin(), times.end(), 40), 1);
-}
-
 TEST(TimeOrderTest, NegativeTimesComeFirst) {
     EXPECT_THAT(ordered({audio(0), video(0xfffffff6)}).times(), ElementsAre(-10, 0));
 }
