@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "kzm/ErrorCode.h"
 #include "kzm/impl/StblBox.h"
 #include "kzm/impl/SttsBox.h"
 #include "kzm/impl/TrakBox.h"
@@ -11,11 +10,7 @@ namespace qlix::kzm::impl {
 namespace {
 
 std::uint64_t endOfTables(const KZMTrack& track) {
-    const StblBox* stbl = track.trak().stbl();
-    if (stbl == nullptr || stbl->stts() == nullptr || stbl->stts()->rows().empty()) {
-        raise(ErrorCode::noSampleTables);
-    }
-    const SttsRow& last = stbl->stts()->rows().back();
+    const SttsRow& last = track.trak().stbl()->stts()->rows().back();
     const std::uint64_t length = std::uint64_t{last.count} * last.delta;
     return last.startTime + std::min(length, ~last.startTime);
 }

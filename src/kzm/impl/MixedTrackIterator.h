@@ -14,7 +14,7 @@ namespace qlix::kzm::impl {
 /// The decode times of the fragments go on where those of the tables end.
 class MixedTrackIterator final : public SampleIterator {
 public:
-    /// The document outlives the iterator. Throws noSampleTables.
+    /// The track begins in tables. The document outlives the iterator. Throws noSampleTables.
     MixedTrackIterator(const std::shared_ptr<const KZMTrack>& track, const TimeRange& range);
 
     bool hasSample() override;

@@ -61,6 +61,13 @@ TEST(MixedTrackIteratorTest, ATrackWithoutTablesBeginsInTheFragments) {
     EXPECT_EQ(timesOf(OpenIso(file).samples({0, 1000}, {9999, 1000})), "0k 40 80 120 160 200k");
 }
 
+TEST(MixedTrackIteratorTest, ATrackWhoseTablesTellNoTimesBeginsInTheFragments) {
+    const Bytes bytes = mixed(10).build();
+    const Bytes noRows = u32(0);
+    const OpenIso open(bytes.patched(bytes.find("stts") + 8, noRows));
+    EXPECT_EQ(timesOf(open.samples({0, 1000}, {9999, 1000})), "0 40k 80 120 160 200");
+}
+
 TEST(MixedTrackIteratorTest, AnEditOfTheTablesMeansTheFragmentsToo) {
     // The list was written when there was nothing but the tables: 160 ms, less 40 of them.
     IsoFile file = mixed(7);
