@@ -2,11 +2,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <utility>
 #include <vector>
-
-#include <boost/container/deque.hpp>
 
 #include "kzs/base/Timestamp.h"
 
@@ -25,12 +24,6 @@ struct AfraEntry {
     std::uint64_t offsetFromAfra = 0;
 };
 
-/// Grows without moving what is there: a long recording has very many entries, and a moment with
-/// two copies of them would be its peak of memory. In blocks of 16 KB.
-using AfraEntries = boost::container::deque<
-    AfraEntry, void,
-    boost::container::deque_options_t<boost::container::block_bytes<std::size_t{16} * 1024>>>;
-
 /// Where the fragments lie (`afra`): entries in the order in which they were added.
 struct AfraIndex {
     /// More global entries than this are never made by filling: a leap in the time stamps with
@@ -41,7 +34,9 @@ struct AfraIndex {
     bool longOffsets = true;  ///< offsets take 8 bytes in a file, else the low 4
     std::uint32_t timescale = 1000;
     std::vector<AfraEntry> localEntries;
-    AfraEntries globalEntries;
+    /// Not a vector: a long recording has very many, and the moment at which a vector grows, with
+    /// two copies of all of them, would be the run's peak of memory.
+    std::deque<AfraEntry> globalEntries;
 
     /// Appends an entry without data for each fragment number between the last one and `number`,
     /// with the last entry's time and `currentSegment`. An empty list stays empty.

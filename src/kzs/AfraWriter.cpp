@@ -1,12 +1,13 @@
 #include "kzs/AfraWriter.h"
 
 #include <algorithm>
+#include <deque>
 #include <ostream>
 
 #include "kzs/AfraFormat.h"
 #include "kzs/AfraIndex.h"
-#include "kzs/base/BoxFunctions.h"
 #include "kzs/base/ByteOrder.h"
+#include "kzs/base/StreamExceptionGuard.h"
 
 namespace torvo::kzs {
 namespace {
@@ -35,7 +36,7 @@ std::uint8_t* putId(std::uint8_t* out, std::uint32_t value) {
     }
 }
 
-using Entries = AfraEntries::const_iterator;
+using Entries = std::deque<AfraEntry>::const_iterator;
 
 /// Times go out as their values, in whatever timescale they have. The widths are settled ahead of
 /// the entries: the index is serialised for each fragment, with an entry for each fragment so far.
