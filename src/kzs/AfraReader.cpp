@@ -6,6 +6,7 @@
 #include "kzs/AfraIndex.h"
 #include "kzs/base/BoxFunctions.h"
 #include "kzs/base/ByteOrder.h"
+#include "kzs/base/StreamExceptionGuard.h"
 
 namespace torvo::kzs {
 namespace {

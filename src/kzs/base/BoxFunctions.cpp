@@ -4,6 +4,7 @@
 #include <ostream>
 
 #include "kzs/base/ByteOrder.h"
+#include "kzs/base/StreamExceptionGuard.h"
 
 namespace torvo::kzs {
 namespace {

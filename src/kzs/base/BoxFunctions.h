@@ -4,8 +4,6 @@
 #include <cstdint>
 #include <iosfwd>
 
-#include "kzs/base/StreamExceptionGuard.h"
-
 namespace torvo::kzs {
 
 /// Functions with which boxes are read from and written to standard streams. They fail as the
