@@ -49,10 +49,14 @@ time::ptime momentOf(const HLXCalendarTime& moment) {
 }
 
 std::string textOf(const time::ptime& moment) {
+    // Not given to the locale to own, which would lose it if memory ran out in its making.
+    constexpr std::size_t kHeldByItsScope = 1;
+    time::time_facet facet(kHeldByItsScope);
+    facet.format("%d-%b-%Y %H:%M:%S GMT");
     std::ostringstream out;
     out.exceptions(std::ios::failbit | std::ios::badbit);
-    // The stream's locale owns the facet. Names of months never depend on the environment.
-    out.imbue(std::locale(std::locale::classic(), new time::time_facet("%d-%b-%Y %H:%M:%S GMT")));
+    // Names of months never depend on the environment.
+    out.imbue(std::locale(std::locale::classic(), &facet));
     out << moment;
     return out.str();
 }
