@@ -64,10 +64,10 @@ memory() {
 }
 if $short; then
     memory "$packager" --most 150
-    memory build/asan/kzspackager --leaks --most 10
+    memory build/asan/kzspackager --leaks --most 50
 else
     memory "$packager"
-    memory build/asan/kzspackager --leaks --most 300
+    memory build/asan/kzspackager --leaks --most 3000
 fi
 row death "$packager" --seconds "$(share 10)"
 row names "$packager" "$work/protection"
