@@ -6,6 +6,8 @@
 #include <unistd.h>
 #include <utility>
 
+#include "support/OpenPath.h"
+
 namespace kz::test {
 namespace {
 
@@ -21,16 +23,7 @@ std::optional<Watch>& watch() {
     return instance;
 }
 
-bool isWatched(int descriptor) {
-    if (!watch()) return false;
-    const std::string& end = watch()->pathEnd;
-    char buffer[4096];
-    const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
-    const ssize_t length = ::readlink(link.c_str(), buffer, sizeof(buffer));
-    const std::string path(buffer, length < 0 ? 0 : static_cast<std::size_t>(length));
-    return path.size() >= end.size() &&
-           path.compare(path.size() - end.size(), end.size(), end) == 0;
-}
+bool isWatched(int descriptor) { return watch() && isOpenPath(descriptor, watch()->pathEnd); }
 
 /// Answers whether the write is to be made.
 bool note(off_t offset, std::size_t size) {

@@ -5,6 +5,8 @@
 #include <unistd.h>
 #include <utility>
 
+#include "support/OpenPath.h"
+
 namespace kz::test {
 namespace {
 
@@ -18,16 +20,7 @@ Fault& fault() {
     return instance;
 }
 
-bool fails(int descriptor) {
-    const std::string& end = fault().pathEnd;
-    if (fault().error == 0) return false;
-    char buffer[4096];
-    const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
-    const ssize_t length = ::readlink(link.c_str(), buffer, sizeof(buffer));
-    const std::string path(buffer, length < 0 ? 0 : static_cast<std::size_t>(length));
-    return path.size() >= end.size() &&
-           path.compare(path.size() - end.size(), end.size(), end) == 0;
-}
+bool fails(int descriptor) { return fault().error != 0 && isOpenPath(descriptor, fault().pathEnd); }
 
 }  // namespace
 
